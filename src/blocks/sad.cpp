@@ -1,0 +1,381 @@
+// Sum of absolute differences of one block against one reference position,
+// on one or two interleaved channels, and per sub-block of a 16x16 block.
+//
+// Reference positions (mcType >> 2): 0 plain, 1 FH (half sample down),
+// 2 HF (half sample right), 3 HH (both).  Rounding is always upward and HH is
+// one exact sum of four samples with one shift.  Only the reference is
+// interpolated.
+#include "blocks/sad.h"
+#include "common/scalar.h"
+#include "common/simd.h"
+#include "frame/bodies.h"
+
+namespace zan::ZAN_PATH::sad {
+namespace {
+
+using namespace zan::sad;
+using scalar::absdiff;
+using scalar::at;
+
+enum Pos { kPlain = 0, kFH = 1, kHF = 2, kHH = 3 };
+
+// ============================================================ scalar rules
+
+// Interpolated 8-bit reference sample.  dx is the distance in samples to the
+// horizontal neighbour (2 for two interleaved channels).
+template <int P, int dx = 1>
+Zan32s ref8(const Zan8u* r, Zan32s step, Zan32s x, Zan32s y) {
+    Zan32s a = at(r, step, x, y);
+    if constexpr (P == kFH) return (a + at(r, step, x, y + 1) + 1) >> 1;
+    if constexpr (P == kHF) return (a + at(r, step, x + dx, y) + 1) >> 1;
+    if constexpr (P == kHH)
+        return (a + at(r, step, x + dx, y) + at(r, step, x, y + 1) + at(r, step, x + dx, y + 1) + 2) >> 2;
+    return a;
+}
+
+template <int W, int H, int P>
+Zan32s sad8_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs) {
+    Zan32s sum = 0;
+    for (Zan32s y = 0; y < H; ++y)
+        for (Zan32s x = 0; x < W; ++x) sum += absdiff(at(c, cs, x, y), ref8<P>(r, rs, x, y));
+    return sum;
+}
+
+// 16-bit reference: the rounding constant and each further sample are added
+// with saturation at 65535, then shifted.
+inline Zan32s adds_u16(Zan32s a, Zan32s b) { return a + b > 65535 ? 65535 : a + b; }
+
+template <int P>
+Zan32s ref16(const Zan16u* r, Zan32s step, Zan32s x, Zan32s y) {
+    Zan32s a = at(r, step, x, y);
+    if constexpr (P == kFH) return adds_u16(adds_u16(a, 1), at(r, step, x, y + 1)) >> 1;
+    if constexpr (P == kHF) return adds_u16(adds_u16(a, 1), at(r, step, x + 1, y)) >> 1;
+    if constexpr (P == kHH) {
+        Zan32s t = adds_u16(a, 2);
+        t = adds_u16(t, at(r, step, x + 1, y));
+        t = adds_u16(t, at(r, step, x, y + 1));
+        t = adds_u16(t, at(r, step, x + 1, y + 1));
+        return t >> 2;
+    }
+    return a;
+}
+
+// The exact unsigned difference is summed as a signed 16-bit value.
+template <int W, int H, int P>
+Zan32s sad16_rule(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
+    Zan32s sum = 0;
+    for (Zan32s y = 0; y < H; ++y)
+        for (Zan32s x = 0; x < W; ++x)
+            sum += static_cast<Zan16s>(absdiff(at(c, cs, x, y), ref16<P>(r, rs, x, y)));
+    return sum;
+}
+
+template <int P>
+void c2_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Zan32s* pV) {
+    Zan32s sum[2] = {0, 0};
+    for (Zan32s y = 0; y < 8; ++y)
+        for (Zan32s x = 0; x < 16; ++x) sum[x & 1] += absdiff(at(c, cs, x, y), ref8<P, 2>(r, rs, x, y));
+    *pU = sum[0];
+    *pV = sum[1];
+}
+
+// B x B sub-blocks of a 16x16 block, results in raster order.
+template <int B>
+void blocks8_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
+    constexpr int n = 16 / B;
+    for (int by = 0; by < n; ++by)
+        for (int bx = 0; bx < n; ++bx) {
+            Zan32s sum = 0;
+            for (int y = by * B; y < by * B + B; ++y)
+                for (int x = bx * B; x < bx * B + B; ++x) sum += absdiff(at(c, cs, x, y), at(r, rs, x, y));
+            pResult[by * n + bx] = static_cast<Zan16u>(sum);
+        }
+}
+
+// The difference is taken modulo 65536 as a signed 16-bit value; its
+// magnitude (up to 32768) is added.
+template <int B>
+void blocks16_rule(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
+    constexpr int n = 16 / B;
+    for (int by = 0; by < n; ++by)
+        for (int bx = 0; bx < n; ++bx) {
+            Zan32u sum = 0;
+            for (int y = by * B; y < by * B + B; ++y)
+                for (int x = bx * B; x < bx * B + B; ++x) {
+                    Zan32s d = static_cast<Zan16s>(static_cast<Zan16u>(at(c, cs, x, y) - at(r, rs, x, y)));
+                    sum += static_cast<Zan32u>(d < 0 ? -d : d);
+                }
+            pResult[by * n + bx] = sum;
+        }
+}
+
+// ========================================================== vector kernels
+
+using simd::load16;
+using simd::load4;
+using simd::load8;
+using simd::row;
+
+// 16 bytes of a block W bytes wide starting at row y: one row of 16, two rows
+// of 8 or four rows of 4, side by side.
+template <int W>
+inline __m128i gather(const Zan8u* p, Zan32s step, Zan32s y) {
+    if constexpr (W == 16) {
+        return load16(row(p, step, y));
+    } else if constexpr (W == 8) {
+        return _mm_unpacklo_epi64(load8(row(p, step, y)), load8(row(p, step, y + 1)));
+    } else {
+        __m128i a = _mm_unpacklo_epi32(load4(row(p, step, y)), load4(row(p, step, y + 1)));
+        __m128i b = _mm_unpacklo_epi32(load4(row(p, step, y + 2)), load4(row(p, step, y + 3)));
+        return _mm_unpacklo_epi64(a, b);
+    }
+}
+
+// The interpolated reference for the rows that gather<W> covers.
+template <int W, int P, int dx = 1>
+inline __m128i ref_vec(const Zan8u* r, Zan32s rs, Zan32s y) {
+    __m128i a = gather<W>(r, rs, y);
+    if constexpr (P == kFH) return _mm_avg_epu8(a, gather<W>(r, rs, y + 1));
+    if constexpr (P == kHF) return _mm_avg_epu8(a, gather<W>(r + dx, rs, y));
+    if constexpr (P == kHH)
+        return simd::avg4_u8(a, gather<W>(r + dx, rs, y), gather<W>(r, rs, y + 1), gather<W>(r + dx, rs, y + 1));
+    return a;
+}
+
+template <int W, int H, int P>
+Zan32s sad8_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs) {
+    constexpr int rows = 16 / W;
+    __m128i acc = _mm_setzero_si128();
+    for (Zan32s y = 0; y < H; y += rows)
+        acc = _mm_add_epi32(acc, _mm_sad_epu8(gather<W>(c, cs, y), ref_vec<W, P>(r, rs, y)));
+    return simd::hsum_sad(acc);
+}
+
+// Eight 16-bit samples at sample x of row y (W >= 8), or two rows of four.
+template <int W>
+inline __m128i gather16(const Zan16u* p, Zan32s step, Zan32s x, Zan32s y) {
+    const Zan8u* b = reinterpret_cast<const Zan8u*>(p) + 2 * x;
+    if constexpr (W >= 8) return load16(row(b, step, y));
+    else return _mm_unpacklo_epi64(load8(row(b, step, y)), load8(row(b, step, y + 1)));
+}
+
+template <int W, int P>
+inline __m128i ref16_vec(const Zan16u* r, Zan32s rs, Zan32s x, Zan32s y) {
+    __m128i a = gather16<W>(r, rs, x, y);
+    if constexpr (P == kFH)
+        return _mm_srli_epi16(_mm_adds_epu16(_mm_adds_epu16(a, _mm_set1_epi16(1)), gather16<W>(r, rs, x, y + 1)), 1);
+    if constexpr (P == kHF)
+        return _mm_srli_epi16(_mm_adds_epu16(_mm_adds_epu16(a, _mm_set1_epi16(1)), gather16<W>(r, rs, x + 1, y)), 1);
+    if constexpr (P == kHH) {
+        __m128i t = _mm_adds_epu16(a, _mm_set1_epi16(2));
+        t = _mm_adds_epu16(t, gather16<W>(r, rs, x + 1, y));
+        t = _mm_adds_epu16(t, gather16<W>(r, rs, x, y + 1));
+        t = _mm_adds_epu16(t, gather16<W>(r, rs, x + 1, y + 1));
+        return _mm_srli_epi16(t, 2);
+    }
+    return a;
+}
+
+template <int W, int H, int P>
+Zan32s sad16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
+    constexpr int rows = W >= 8 ? 1 : 2;
+    const __m128i ones = _mm_set1_epi16(1);
+    __m128i acc = _mm_setzero_si128();
+    for (Zan32s y = 0; y < H; y += rows)
+        for (Zan32s x = 0; x < W; x += 8) {
+            __m128i d = simd::absdiff_u16(gather16<W>(c, cs, x, y), ref16_vec<W, P>(r, rs, x, y));
+            acc = _mm_add_epi32(acc, _mm_madd_epi16(d, ones));
+        }
+    return simd::hsum_epi32(acc);
+}
+
+// Even bytes to the low half, odd bytes to the high half.
+alignas(16) constexpr Zan8u kSplitChannels[16] = {0, 2, 4, 6, 8, 10, 12, 14, 1, 3, 5, 7, 9, 11, 13, 15};
+
+template <int P>
+void c2_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Zan32s* pV) {
+    const __m128i split = simd::load16a(kSplitChannels);
+    __m128i acc = _mm_setzero_si128();
+    for (Zan32s y = 0; y < 8; ++y) {
+        __m128i cv = _mm_shuffle_epi8(gather<16>(c, cs, y), split);
+        __m128i rv = _mm_shuffle_epi8(ref_vec<16, P, 2>(r, rs, y), split);
+        acc = _mm_add_epi32(acc, _mm_sad_epu8(cv, rv));
+    }
+    *pU = _mm_cvtsi128_si32(acc);
+    *pV = _mm_cvtsi128_si32(_mm_unpackhi_epi64(acc, acc));
+}
+
+void blocks8x8_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
+    for (int half = 0; half < 2; ++half) {
+        __m128i acc = _mm_setzero_si128();
+        for (Zan32s y = 8 * half; y < 8 * half + 8; ++y)
+            acc = _mm_add_epi32(acc, _mm_sad_epu8(gather<16>(c, cs, y), gather<16>(r, rs, y)));
+        pResult[2 * half] = static_cast<Zan16u>(_mm_cvtsi128_si32(acc));
+        pResult[2 * half + 1] = static_cast<Zan16u>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(acc, acc)));
+    }
+}
+
+// Columns 0-3 and 8-11 summed by one psadbw, 4-7 and 12-15 by another.
+void blocks4x4_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
+    const __m128i even = _mm_set_epi32(0, -1, 0, -1);
+    const __m128i zero = _mm_setzero_si128();
+    for (int by = 0; by < 4; ++by) {
+        __m128i a02 = zero, a13 = zero;
+        for (Zan32s y = 4 * by; y < 4 * by + 4; ++y) {
+            __m128i cv = gather<16>(c, cs, y), rv = gather<16>(r, rs, y);
+            __m128i d = _mm_or_si128(_mm_subs_epu8(cv, rv), _mm_subs_epu8(rv, cv));
+            a02 = _mm_add_epi32(a02, _mm_sad_epu8(_mm_and_si128(d, even), zero));
+            a13 = _mm_add_epi32(a13, _mm_sad_epu8(_mm_andnot_si128(even, d), zero));
+        }
+        // a02 holds blocks 0 and 2 of the row in lanes 0 and 2, a13 blocks 1 and 3.
+        __m128i v = _mm_or_si128(a02, _mm_slli_epi64(a13, 32));  // 0, 1, 2, 3 in 32-bit lanes
+        v = _mm_packs_epi32(v, v);
+        simd::store8(pResult + 4 * by, v);
+    }
+}
+
+// Magnitudes of the wrapped 16-bit differences, zero-extended and summed in
+// 32-bit lanes: lanes of one 4-column group end up in one accumulator.
+inline __m128i absdiff_wrap16(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32s x, Zan32s y) {
+    return _mm_abs_epi16(_mm_sub_epi16(gather16<16>(c, cs, x, y), gather16<16>(r, rs, x, y)));
+}
+
+void blocks8x8_16u_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
+    const __m128i zero = _mm_setzero_si128();
+    for (int by = 0; by < 2; ++by)
+        for (int bx = 0; bx < 2; ++bx) {
+            __m128i acc = zero;
+            for (Zan32s y = 8 * by; y < 8 * by + 8; ++y) {
+                __m128i d = absdiff_wrap16(c, cs, r, rs, 8 * bx, y);
+                acc = _mm_add_epi32(acc, _mm_add_epi32(_mm_unpacklo_epi16(d, zero), _mm_unpackhi_epi16(d, zero)));
+            }
+            pResult[2 * by + bx] = static_cast<Zan32u>(simd::hsum_epi32(acc));
+        }
+}
+
+void blocks4x4_16u_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
+    const __m128i zero = _mm_setzero_si128();
+    for (int by = 0; by < 4; ++by) {
+        __m128i acc[4] = {zero, zero, zero, zero};
+        for (Zan32s y = 4 * by; y < 4 * by + 4; ++y)
+            for (int half = 0; half < 2; ++half) {
+                __m128i d = absdiff_wrap16(c, cs, r, rs, 8 * half, y);
+                acc[2 * half] = _mm_add_epi32(acc[2 * half], _mm_unpacklo_epi16(d, zero));
+                acc[2 * half + 1] = _mm_add_epi32(acc[2 * half + 1], _mm_unpackhi_epi16(d, zero));
+            }
+        for (int bx = 0; bx < 4; ++bx) pResult[4 * by + bx] = static_cast<Zan32u>(simd::hsum_epi32(acc[bx]));
+    }
+}
+
+// ================================================================= tables
+
+#define ZAN_POSITIONS(kernel, ...) \
+    {kernel<__VA_ARGS__, kPlain>, kernel<__VA_ARGS__, kFH>, kernel<__VA_ARGS__, kHF>, kernel<__VA_ARGS__, kHH>}
+
+constexpr Sad8Fn kSad16x16[4] = ZAN_POSITIONS(sad8_simd, 16, 16);
+constexpr Sad8Fn kSad16x8[4] = ZAN_POSITIONS(sad8_simd, 16, 8);
+constexpr Sad8Fn kSad8x8[4] = ZAN_POSITIONS(sad8_simd, 8, 8);
+constexpr Sad16Fn kSad16x16_16u[4] = ZAN_POSITIONS(sad16_simd, 16, 16);
+constexpr Sad16Fn kSad8x8_16u[4] = ZAN_POSITIONS(sad16_simd, 8, 8);
+constexpr Sad16Fn kSad4x4_16u[4] = ZAN_POSITIONS(sad16_simd, 4, 4);
+constexpr SadC2Fn kSad8x8C2[4] = {c2_simd<kPlain>, c2_simd<kFH>, c2_simd<kHF>, c2_simd<kHH>};
+
+#undef ZAN_POSITIONS
+
+// ============================================================= catalogue
+
+#define ZAN_PAIRS(name, rule, simd, W, H)                                                   \
+    {name, rule<W, H, kPlain>, simd<W, H, kPlain>, W, H, kPlain},                           \
+        {name "_FH", rule<W, H, kFH>, simd<W, H, kFH>, W, H, kFH},                          \
+        {name "_HF", rule<W, H, kHF>, simd<W, H, kHF>, W, H, kHF},                          \
+        {name "_HH", rule<W, H, kHH>, simd<W, H, kHH>, W, H, kHH}
+
+constexpr KernelPair<Sad8Fn> kSad8Pairs[] = {
+    ZAN_PAIRS("sad16x16_8u", sad8_rule, sad8_simd, 16, 16),
+    ZAN_PAIRS("sad16x8_8u", sad8_rule, sad8_simd, 16, 8),
+    ZAN_PAIRS("sad8x8_8u", sad8_rule, sad8_simd, 8, 8),
+    {"sad8x16_8u", sad8_rule<8, 16, kPlain>, sad8_simd<8, 16, kPlain>, 8, 16, kPlain},
+    {"sad8x4_8u", sad8_rule<8, 4, kPlain>, sad8_simd<8, 4, kPlain>, 8, 4, kPlain},
+    {"sad4x8_8u", sad8_rule<4, 8, kPlain>, sad8_simd<4, 8, kPlain>, 4, 8, kPlain},
+    {"sad4x4_8u", sad8_rule<4, 4, kPlain>, sad8_simd<4, 4, kPlain>, 4, 4, kPlain},
+};
+constexpr KernelPair<Sad16Fn> kSad16Pairs[] = {
+    ZAN_PAIRS("sad16x16_16u", sad16_rule, sad16_simd, 16, 16),
+    ZAN_PAIRS("sad8x8_16u", sad16_rule, sad16_simd, 8, 8),
+    ZAN_PAIRS("sad4x4_16u", sad16_rule, sad16_simd, 4, 4),
+};
+#undef ZAN_PAIRS
+constexpr KernelPair<SadC2Fn> kPairPairs[] = {
+    {"sad8x8_c2", c2_rule<kPlain>, c2_simd<kPlain>, 8, 8, kPlain},
+    {"sad8x8_c2_FH", c2_rule<kFH>, c2_simd<kFH>, 8, 8, kFH},
+    {"sad8x8_c2_HF", c2_rule<kHF>, c2_simd<kHF>, 8, 8, kHF},
+    {"sad8x8_c2_HH", c2_rule<kHH>, c2_simd<kHH>, 8, 8, kHH},
+};
+constexpr KernelPair<Blocks8Fn> kBlocks8Pairs[] = {
+    {"sad16x16_blocks8x8_8u", blocks8_rule<8>, blocks8x8_8u_simd, 16, 16, 0},
+    {"sad16x16_blocks4x4_8u", blocks8_rule<4>, blocks4x4_8u_simd, 16, 16, 0},
+};
+constexpr KernelPair<Blocks16Fn> kBlocks16Pairs[] = {
+    {"sad16x16_blocks8x8_16u", blocks16_rule<8>, blocks8x8_16u_simd, 16, 16, 0},
+    {"sad16x16_blocks4x4_16u", blocks16_rule<4>, blocks4x4_16u_simd, 16, 16, 0},
+};
+
+}  // namespace
+
+const BlockKernels block_kernels = {kSad8Pairs, kSad16Pairs, kPairPairs, kBlocks8Pairs, kBlocks16Pairs};
+
+}  // namespace zan::ZAN_PATH::sad
+
+// =============================================================== exports
+
+namespace zan::ZAN_PATH {
+
+// mcType >> 2 indexes the position table unchecked: 0..15 is the caller's promise.
+#define ZAN_SAD_POSITION(name, T, table)                                                     \
+    ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, Zan32s* pResult, \
+                   Zan32s mcType) {                                                          \
+        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                \
+        *pResult = sad::table[mcType >> 2](pCur, curStep, pRef, refStep);                    \
+        return zanStsOk;                                                                     \
+    }
+ZAN_SAD_POSITION(zaniSAD16x16_8u32s, Zan8u, kSad16x16)
+ZAN_SAD_POSITION(zaniSAD16x8_8u32s_C1R, Zan8u, kSad16x8)
+ZAN_SAD_POSITION(zaniSAD8x8_8u32s_C1R, Zan8u, kSad8x8)
+ZAN_SAD_POSITION(zaniSAD16x16_16u32s_C1R, Zan16u, kSad16x16_16u)
+ZAN_SAD_POSITION(zaniSAD8x8_16u32s_C1R, Zan16u, kSad8x8_16u)
+ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u)
+#undef ZAN_SAD_POSITION
+
+#define ZAN_SAD_PLAIN(name, W, H)                                                                \
+    ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan32s* pResult) { \
+        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                    \
+        *pResult = sad::sad8_simd<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);              \
+        return zanStsOk;                                                                         \
+    }
+ZAN_SAD_PLAIN(zaniSAD8x16_8u32s_C1R, 8, 16)
+ZAN_SAD_PLAIN(zaniSAD8x4_8u32s_C1R, 8, 4)
+ZAN_SAD_PLAIN(zaniSAD4x8_8u32s_C1R, 4, 8)
+ZAN_SAD_PLAIN(zaniSAD4x4_8u32s, 4, 4)
+#undef ZAN_SAD_PLAIN
+
+ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                               Zan32s* pResultU, Zan32s* pResultV, Zan32s mcType) {
+    if (!pCur || !pRef || !pResultU || !pResultV) return zanStsNullPtr;
+    if (curStep < 1 || refStep < 1) return zanStsStepBad;
+    sad::kSad8x8C2[mcType >> 2](pCur, curStep, pRef, refStep, pResultU, pResultV);
+    return zanStsOk;
+}
+
+#define ZAN_SAD_BLOCKS(name, T, R, kernel)                                                    \
+    ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, R* pResult) { \
+        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                 \
+        sad::kernel(pCur, curStep, pRef, refStep, pResult);                                   \
+        return zanStsOk;                                                                      \
+    }
+ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_8u16u, Zan8u, Zan16u, blocks8x8_8u_simd)
+ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_8u16u, Zan8u, Zan16u, blocks4x4_8u_simd)
+ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_16u32u_C1R, Zan16u, Zan32u, blocks8x8_16u_simd)
+ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_16u32u_C1R, Zan16u, Zan32u, blocks4x4_16u_simd)
+#undef ZAN_SAD_BLOCKS
+
+}  // namespace zan::ZAN_PATH

@@ -1,0 +1,64 @@
+// Small SSE2/SSSE3 helpers shared by the vector kernels.  Inline, inside the
+// path's namespace, so that each build keeps its own copy.
+#pragma once
+
+#include <emmintrin.h>
+#include <tmmintrin.h>
+
+#include <cstring>
+
+#include "common/path.h"
+#include "zanvc.h"
+
+namespace zan::ZAN_PATH::simd {
+
+inline const Zan8u* row(const void* base, Zan32s step, Zan32s y) {
+    return static_cast<const Zan8u*>(base) + static_cast<ptrdiff_t>(step) * y;
+}
+inline Zan8u* row(void* base, Zan32s step, Zan32s y) {
+    return static_cast<Zan8u*>(base) + static_cast<ptrdiff_t>(step) * y;
+}
+
+inline __m128i load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline __m128i load16a(const void* p) { return _mm_load_si128(static_cast<const __m128i*>(p)); }
+inline __m128i load8(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); }
+inline __m128i load4(const void* p) {
+    Zan32s v;
+    std::memcpy(&v, p, 4);
+    return _mm_cvtsi32_si128(v);
+}
+inline void store16(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+inline void store8(void* p, __m128i v) { _mm_storel_epi64(static_cast<__m128i*>(p), v); }
+
+// Sum of the two 64-bit halves of a psadbw result (or of any two 32-bit
+// counts held in lanes 0 and 2).
+inline Zan32s hsum_sad(__m128i v) {
+    return _mm_cvtsi128_si32(_mm_add_epi32(v, _mm_unpackhi_epi64(v, v)));
+}
+
+// Sum of the four 32-bit lanes.
+inline Zan32s hsum_epi32(__m128i v) {
+    v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
+    v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtsi128_si32(v);
+}
+
+// Exact (a + b + c + d + 2) >> 2 on 16 unsigned bytes, formed in 16-bit lanes.
+inline __m128i avg4_u8(__m128i a, __m128i b, __m128i c, __m128i d) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i two = _mm_set1_epi16(2);
+    __m128i lo = _mm_add_epi16(_mm_add_epi16(_mm_unpacklo_epi8(a, zero), _mm_unpacklo_epi8(b, zero)),
+                               _mm_add_epi16(_mm_unpacklo_epi8(c, zero), _mm_unpacklo_epi8(d, zero)));
+    __m128i hi = _mm_add_epi16(_mm_add_epi16(_mm_unpackhi_epi8(a, zero), _mm_unpackhi_epi8(b, zero)),
+                               _mm_add_epi16(_mm_unpackhi_epi8(c, zero), _mm_unpackhi_epi8(d, zero)));
+    lo = _mm_srli_epi16(_mm_add_epi16(lo, two), 2);
+    hi = _mm_srli_epi16(_mm_add_epi16(hi, two), 2);
+    return _mm_packus_epi16(lo, hi);
+}
+
+// |a - b| on unsigned 16-bit lanes, exact.
+inline __m128i absdiff_u16(__m128i a, __m128i b) {
+    return _mm_or_si128(_mm_subs_epu16(a, b), _mm_subs_epu16(b, a));
+}
+
+}  // namespace zan::ZAN_PATH::simd
