@@ -5,6 +5,7 @@
 #include <emmintrin.h>
 #include <tmmintrin.h>
 
+#include <cstddef>
 #include <cstring>
 
 #include "common/path.h"
