@@ -8,7 +8,8 @@
 //   <family>/export/<S>xN_8cand   beside <family>/export/<S>_x8: one
 //                                 candidate-row call against eight
 //                                 single-block calls
-// Times are CPU time per call, in nanoseconds.
+// Times are CPU time per call, in nanoseconds; with --repetitions=N the
+// median of N runs.
 #include <unistd.h>
 
 #include <algorithm>
@@ -105,7 +106,7 @@ struct Result {
     std::string name;
     double ns = 0;      // CPU time per iteration
     int runs = 0;       // repetitions averaged
-    bool mean = false;  // taken from a _mean aggregate row
+    bool median = false;  // taken from a _median aggregate row
     std::string error;  // set when the benchmark reported an error
 };
 
@@ -121,29 +122,29 @@ bool ends_with(const std::string& s, const char* tail) {
     return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
 }
 
-// Adds one row: plain repetitions are averaged, a _mean aggregate replaces
+// Adds one row: plain repetitions are averaged, a _median aggregate replaces
 // them, other aggregates are left out.
 void add_result(std::vector<Result>& results, std::string name, double ns, const std::string& error) {
-    bool mean = false;
-    for (const char* agg : {"_median", "_stddev", "_cv"})
+    bool median = false;
+    for (const char* agg : {"_mean", "_stddev", "_cv"})
         if (ends_with(name, agg)) return;
-    if (ends_with(name, "_mean")) {
-        name.erase(name.size() - 5);
-        mean = true;
+    if (ends_with(name, "_median")) {
+        name.erase(name.size() - 7);
+        median = true;
     }
     for (Result& r : results)
         if (r.name == name) {
-            if (mean) {
+            if (median) {
                 r.ns = ns;
-                r.mean = true;
-            } else if (!r.mean) {
+                r.median = true;
+            } else if (!r.median) {
                 r.ns = (r.ns * r.runs + ns) / (r.runs + 1);
                 ++r.runs;
             }
             if (!error.empty()) r.error = error;
             return;
         }
-    results.push_back({name, ns, 1, mean, error});
+    results.push_back({name, ns, 1, median, error});
 }
 
 // --------------------------------------------------------------- tables
@@ -286,7 +287,7 @@ void print_tables(const std::vector<Result>& results, bool markdown) {
 
 int bench(int argc, char** argv) {
     bool markdown = false;
-    std::string filter, minTime;
+    std::string filter, minTime, repetitions;
     for (int i = 0; i < argc; ++i) {
         const char* a = argv[i];
         if (std::strcmp(a, "--markdown") == 0) {
@@ -299,6 +300,14 @@ int bench(int argc, char** argv) {
                 return 2;
             }
             minTime = a + 11;
+        } else if (std::strncmp(a, "--repetitions=", 14) == 0) {
+            char* end = nullptr;
+            long n = std::strtol(a + 14, &end, 10);
+            if (!a[14] || *end || n < 1 || n > 100) {
+                std::fprintf(stderr, "zanvc bench: --repetitions takes 1 to 100\n");
+                return 2;
+            }
+            repetitions = a + 14;
         } else if (a[0] == '-') {
             std::fprintf(stderr, "zanvc bench: unknown option %s (see zanvc help)\n", a);
             return 2;
@@ -330,6 +339,8 @@ int bench(int argc, char** argv) {
     std::string command = quote(program) + " --benchmark_format=csv";
     if (!filter.empty()) command += " --benchmark_filter=" + quote(filter);
     if (!minTime.empty()) command += " --benchmark_min_time=" + quote(minTime);
+    if (!repetitions.empty() && repetitions != "1")
+        command += " --benchmark_repetitions=" + repetitions + " --benchmark_report_aggregates_only=true";
     command += " 2>" + quote(errPath);
 
     if (!markdown) std::fprintf(stderr, "running %s ...\n", program.c_str());
