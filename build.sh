@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# Builds and checks the project with the presets of CMakePresets.json.
+#   ./build.sh test   release build and tests, sanitizer build and tests,
+#                     then the install check
+#   ./build.sh demo   release build, then the zanvc motion search demo
+# Missing build dependencies are installed with apt-get first.
+set -euo pipefail
+cd "$(dirname "$0")"
+export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-2}
+export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-2}
+
+# Debian packages the build needs, each with a file that shows it installed.
+deps=(
+  "g++:/usr/bin/g++"
+  "make:/usr/bin/make"
+  "cmake:/usr/bin/cmake"
+  "libgtest-dev:/usr/include/gtest/gtest.h"
+  "libbenchmark-dev:/usr/include/benchmark/benchmark.h"
+  "pkg-config:/usr/bin/pkg-config"
+  "binutils:/usr/bin/objdump"
+)
+
+install_deps() {
+  local missing=() entry pkg file
+  for entry in "${deps[@]}"; do
+    pkg=${entry%%:*} file=${entry#*:}
+    if [ ! -e "$file" ] || ! dpkg -s "$pkg" > /dev/null 2>&1; then
+      # pkg-config may come from pkgconf alone; the command is what counts.
+      if [ "$pkg" = pkg-config ] && command -v pkg-config > /dev/null; then continue; fi
+      missing+=("$pkg")
+    fi
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "== installing ${missing[*]}"
+  local as_root=(env DEBIAN_FRONTEND=noninteractive)
+  [ "$(id -u)" -eq 0 ] || as_root=(sudo "${as_root[@]}")
+  "${as_root[@]}" apt-get update
+  "${as_root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+step() {  # name command...: runs a step and prints how long it took
+  local name=$1 start=$SECONDS
+  shift
+  echo "== $name"
+  "$@"
+  echo "== $name: done in $((SECONDS - start)) s"
+}
+
+case ${1:-} in
+  test)
+    install_deps
+    step "release: configure, build, test" cmake --workflow --preset test
+    step "asan: configure, build, test" cmake --workflow --preset asan
+    step "install check" tests/install/check_install.sh build/release
+    ;;
+  demo)
+    install_deps
+    step "release build and demo" cmake --workflow --preset demo
+    ;;
+  *)
+    echo "usage: $0 test|demo" >&2
+    exit 2
+    ;;
+esac

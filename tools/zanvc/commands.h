@@ -1,0 +1,15 @@
+// The commands of the zanvc program.  Each takes the arguments after its
+// own name and returns the process exit code.
+#pragma once
+
+namespace zanvc_tool {
+
+int search(int argc, char** argv);  // motion search demo / on two PGM pictures
+int info(int argc, char** argv);    // version record, path, processor features
+int bench(int argc, char** argv);   // runs zanvc_bench and tabulates its results
+void usage(const char* program);
+
+// "u8" or "n8": the path the library chose when it loaded.
+const char* active_path();
+
+}  // namespace zanvc_tool

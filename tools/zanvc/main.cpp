@@ -1,0 +1,61 @@
+// zanvc: command-line front end of the library.  With no arguments it runs
+// the motion search demo on its built-in pictures.
+#include <cstdio>
+#include <cstring>
+
+#include "commands.h"
+#include "zanvc.h"
+
+namespace zanvc_tool {
+
+const char* active_path() { return zanvcGetLibVersion()->targetCode; }
+
+void usage(const char* program) {
+    std::printf(
+        "usage: %s [command] [options]\n"
+        "\n"
+        "commands:\n"
+        "  search [options] [CUR.pgm REF.pgm]\n"
+        "        full-search motion estimation per 16x16 block with half-sample\n"
+        "        refinement, through the exported SAD functions.  Without pictures it\n"
+        "        synthesizes a textured picture and a second one moved by known\n"
+        "        vectors, and fails (exit 1) unless at least 90%% of the blocks with a\n"
+        "        known vector, and of the panned blocks, get it back.\n"
+        "          --range R     search window -R..R-1 in both directions (8, 16, 24, 32; default 16)\n"
+        "          --size WxH    size of the built-in pictures (multiples of 16; default 176x144)\n"
+        "          --seed N      texture seed of the built-in pictures (default 1)\n"
+        "          --no-map      leave out the vector map\n"
+        "        This is the default command.\n"
+        "  info  version record, active path, processor features, cache size, threads\n"
+        "  bench [--markdown] [--min-time=S] [--repetitions=N] [FILTER]\n"
+        "        runs zanvc_bench (FILTER is its --benchmark_filter regular expression)\n"
+        "        and prints per kernel: scalar rule, u8 and n8 kernel times in CPU ns\n"
+        "        per call (the median of N runs) and the speed-up of the faster kernel\n"
+        "        over the rule; then the exported functions and the candidate-row\n"
+        "        comparisons.  S: least seconds per benchmark (default 0.1).\n"
+        "  help  this text\n"
+        "\n"
+        "ZANCORE_CPU_FEATURES=<hex mask> masks processor features before the library\n"
+        "loads; ffffffffffffffdf (MOVBE off) selects the u8 path.\n",
+        program);
+}
+
+}  // namespace zanvc_tool
+
+int main(int argc, char** argv) {
+    using namespace zanvc_tool;
+    if (argc < 2) return search(0, argv + 1);
+    const char* cmd = argv[1];
+    if (std::strcmp(cmd, "search") == 0) return search(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "info") == 0) return info(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "bench") == 0) return bench(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "help") == 0 || std::strcmp(cmd, "--help") == 0 || std::strcmp(cmd, "-h") == 0) {
+        usage(argv[0]);
+        return 0;
+    }
+    // Options without a command belong to search.
+    if (cmd[0] == '-') return search(argc - 1, argv + 1);
+    std::fprintf(stderr, "%s: unknown command '%s'\n\n", argv[0], cmd);
+    usage(argv[0]);
+    return 2;
+}
