@@ -234,36 +234,33 @@ void blocks4x4_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan
     }
 }
 
-// Magnitudes of the wrapped 16-bit differences, zero-extended and summed in
-// 32-bit lanes: lanes of one 4-column group end up in one accumulator.
-inline __m128i absdiff_wrap16(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32s x, Zan32s y) {
-    return _mm_abs_epi16(_mm_sub_epi16(gather16<16>(c, cs, x, y), gather16<16>(r, rs, x, y)));
+// Magnitudes of the wrapped 16-bit differences (0..32768), less 16384 so
+// that they fit a signed word and pmaddwd can sum them in pairs; the offset
+// is added back once per block.
+inline __m128i biased_absdiff_wrap16(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32s x, Zan32s y) {
+    __m128i d = _mm_abs_epi16(_mm_sub_epi16(gather16<16>(c, cs, x, y), gather16<16>(r, rs, x, y)));
+    return _mm_madd_epi16(_mm_sub_epi16(d, _mm_set1_epi16(16384)), _mm_set1_epi16(1));
 }
 
-void blocks8x8_16u_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
-    const __m128i zero = _mm_setzero_si128();
-    for (int by = 0; by < 2; ++by)
-        for (int bx = 0; bx < 2; ++bx) {
-            __m128i acc = zero;
-            for (Zan32s y = 8 * by; y < 8 * by + 8; ++y) {
-                __m128i d = absdiff_wrap16(c, cs, r, rs, 8 * bx, y);
-                acc = _mm_add_epi32(acc, _mm_add_epi32(_mm_unpacklo_epi16(d, zero), _mm_unpackhi_epi16(d, zero)));
+template <int B>
+void blocks16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
+    constexpr int n = 16 / B;
+    constexpr Zan32s offset = 16384 * B * B;
+    for (int by = 0; by < n; ++by) {
+        // acc[k] holds pair sums of columns 8k..8k+7 of the block row.
+        __m128i acc[2] = {_mm_setzero_si128(), _mm_setzero_si128()};
+        for (Zan32s y = B * by; y < B * by + B; ++y)
+            for (int k = 0; k < 2; ++k) acc[k] = _mm_add_epi32(acc[k], biased_absdiff_wrap16(c, cs, r, rs, 8 * k, y));
+        if constexpr (B == 8) {
+            for (int k = 0; k < 2; ++k) pResult[2 * by + k] = static_cast<Zan32u>(simd::hsum_epi32(acc[k]) + offset);
+        } else {
+            // Lanes 0, 1 of acc[k] cover columns 8k..8k+3, lanes 2, 3 columns 8k+4..8k+7.
+            for (int k = 0; k < 2; ++k) {
+                __m128i v = _mm_add_epi32(acc[k], _mm_shuffle_epi32(acc[k], _MM_SHUFFLE(2, 3, 0, 1)));
+                pResult[4 * by + 2 * k] = static_cast<Zan32u>(_mm_cvtsi128_si32(v) + offset);
+                pResult[4 * by + 2 * k + 1] = static_cast<Zan32u>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(v, v)) + offset);
             }
-            pResult[2 * by + bx] = static_cast<Zan32u>(simd::hsum_epi32(acc));
         }
-}
-
-void blocks4x4_16u_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
-    const __m128i zero = _mm_setzero_si128();
-    for (int by = 0; by < 4; ++by) {
-        __m128i acc[4] = {zero, zero, zero, zero};
-        for (Zan32s y = 4 * by; y < 4 * by + 4; ++y)
-            for (int half = 0; half < 2; ++half) {
-                __m128i d = absdiff_wrap16(c, cs, r, rs, 8 * half, y);
-                acc[2 * half] = _mm_add_epi32(acc[2 * half], _mm_unpacklo_epi16(d, zero));
-                acc[2 * half + 1] = _mm_add_epi32(acc[2 * half + 1], _mm_unpackhi_epi16(d, zero));
-            }
-        for (int bx = 0; bx < 4; ++bx) pResult[4 * by + bx] = static_cast<Zan32u>(simd::hsum_epi32(acc[bx]));
     }
 }
 
@@ -316,8 +313,8 @@ constexpr KernelPair<Blocks8Fn> kBlocks8Pairs[] = {
     {"sad16x16_blocks4x4_8u", blocks8_rule<4>, blocks4x4_8u_simd, 16, 16, 0},
 };
 constexpr KernelPair<Blocks16Fn> kBlocks16Pairs[] = {
-    {"sad16x16_blocks8x8_16u", blocks16_rule<8>, blocks8x8_16u_simd, 16, 16, 0},
-    {"sad16x16_blocks4x4_16u", blocks16_rule<4>, blocks4x4_16u_simd, 16, 16, 0},
+    {"sad16x16_blocks8x8_16u", blocks16_rule<8>, blocks16_simd<8>, 16, 16, 0},
+    {"sad16x16_blocks4x4_16u", blocks16_rule<4>, blocks16_simd<4>, 16, 16, 0},
 };
 
 }  // namespace
@@ -374,8 +371,8 @@ ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* p
     }
 ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_8u16u, Zan8u, Zan16u, blocks8x8_8u_simd)
 ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_8u16u, Zan8u, Zan16u, blocks4x4_8u_simd)
-ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_16u32u_C1R, Zan16u, Zan32u, blocks8x8_16u_simd)
-ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_16u32u_C1R, Zan16u, Zan32u, blocks4x4_16u_simd)
+ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_16u32u_C1R, Zan16u, Zan32u, blocks16_simd<8>)
+ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_16u32u_C1R, Zan16u, Zan32u, blocks16_simd<4>)
 #undef ZAN_SAD_BLOCKS
 
 }  // namespace zan::ZAN_PATH

@@ -44,17 +44,13 @@ inline Zan32s hsum_epi32(__m128i v) {
     return _mm_cvtsi128_si32(v);
 }
 
-// Exact (a + b + c + d + 2) >> 2 on 16 unsigned bytes, formed in 16-bit lanes.
+// Exact (a + b + c + d + 2) >> 2 on 16 unsigned bytes.  With x and y the
+// upward-rounded averages of a, b and of c, d, the average of x and y is one
+// too large exactly when x + y is odd and a + b or c + d was odd.
 inline __m128i avg4_u8(__m128i a, __m128i b, __m128i c, __m128i d) {
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i two = _mm_set1_epi16(2);
-    __m128i lo = _mm_add_epi16(_mm_add_epi16(_mm_unpacklo_epi8(a, zero), _mm_unpacklo_epi8(b, zero)),
-                               _mm_add_epi16(_mm_unpacklo_epi8(c, zero), _mm_unpacklo_epi8(d, zero)));
-    __m128i hi = _mm_add_epi16(_mm_add_epi16(_mm_unpackhi_epi8(a, zero), _mm_unpackhi_epi8(b, zero)),
-                               _mm_add_epi16(_mm_unpackhi_epi8(c, zero), _mm_unpackhi_epi8(d, zero)));
-    lo = _mm_srli_epi16(_mm_add_epi16(lo, two), 2);
-    hi = _mm_srli_epi16(_mm_add_epi16(hi, two), 2);
-    return _mm_packus_epi16(lo, hi);
+    __m128i x = _mm_avg_epu8(a, b), y = _mm_avg_epu8(c, d);
+    __m128i odd = _mm_and_si128(_mm_xor_si128(x, y), _mm_or_si128(_mm_xor_si128(a, b), _mm_xor_si128(c, d)));
+    return _mm_sub_epi8(_mm_avg_epu8(x, y), _mm_and_si128(odd, _mm_set1_epi8(1)));
 }
 
 // |a - b| on unsigned 16-bit lanes, exact.
