@@ -245,6 +245,40 @@ TEST(Sad, CandidateCountRoundsDown) {
     }
 }
 
+// Reference rows ramp by one per column and three per row above a zero
+// current block, so candidate i at column x0 sums to
+// B * B * (x0 + i) + 2 * B * B * (B - 1).  That holds at every offset of pRef
+// in its 16-byte unit, with the result array aligned or not, and with a
+// reference step that is a multiple of 16 or not.
+TEST(Sad, CandidateSumsAtEveryAlignment) {
+    Picture cur(0);
+    alignas(64) std::array<Zan8u, 112 * 20> ref;
+    alignas(16) std::array<Zan16u, 40> r;
+    for (Zan32s step : {96, 104}) {
+        for (Zan32s y = 0; y < 20; ++y)
+            for (Zan32s x = 0; x < step; ++x) ref[static_cast<size_t>(y * step + x)] = static_cast<Zan8u>(x + 3 * y);
+        for (Zan32s size : {4, 8, 16})
+            for (Zan32s x0 = 0; x0 < 16; ++x0)
+                for (Zan32s offset : {0, 1, 8}) {
+                    r.fill(0x7777);
+                    Zan16u* out = r.data() + offset;
+                    Zan32s idx = -1;
+                    const Zan8u* p = ref.data() + x0;
+                    const Zan8u* c = cur.at(0, 0);
+                    ZanStatus st = size == 4   ? zaniSAD4x4xNI_8u16u_C1R(c, 4, p, step, out, 24, &idx)
+                                   : size == 8 ? zaniSAD8x8xNI_8u16u_C1R(c, 8, p, step, out, 24, &idx)
+                                               : zaniSAD16x16xNI_8u16u_C1R(c, 16, p, step, out, 24, &idx);
+                    ASSERT_EQ(st, zanStsOk);
+                    for (Zan32s i = 0; i < 24; ++i)
+                        ASSERT_EQ(out[i], size * size * (x0 + i) + 2 * size * size * (size - 1))
+                            << size << "x" << size << " x0 " << x0 << " offset " << offset << " step " << step;
+                    EXPECT_EQ(r[static_cast<size_t>(offset + 24)], 0x7777);
+                    EXPECT_TRUE(offset == 0 || r[0] == 0x7777);
+                    EXPECT_EQ(idx, 0);
+                }
+    }
+}
+
 // Equal results: the lowest index wins, within a lane and across lanes.
 TEST(Sad, BestCandidateTiesGoToTheLowestIndex) {
     constexpr Zan32s S = Picture::kStep;
