@@ -276,8 +276,64 @@ constexpr CandFn sad_4x4xn_8u_sse2 = sad_xn_sse2<4>;
 constexpr CandFn sad_8x8xn_8u_sse2 = sad_xn_sse2<8>;
 constexpr CandFn sad_16x16xn_8u_sse2 = sad_xn_sse2<16>;
 
-// (placeholder: the scalar rule until the vector minimum search lands)
-Zan32s min_index_simd(const Zan16u* pResult, Zan32s count) { return min_index_rule(pResult, count); }
+// Index of the first smallest result.  Lane j of the vectors follows results
+// j, j + 8, j + 16, ...: a running minimum, from 32767, and its index, from
+// j, replaced only by a strictly smaller value.  The eight lanes then merge
+// on the 32-bit key minimum << 16 | index, so the lower index wins ties
+// across lanes too.  Indices live in 16 bits, so the results are taken in
+// chunks of 65536, again keeping the earlier chunk on a tie.  Flip turns
+// 0..65535 into signed order by flipping the top bit; without it the results
+// must lie in 0..32766.
+template <bool Flip, bool Aligned>
+inline Zan32s min_key_chunk(const Zan16u* p, Zan32s n) {
+    const __m128i flip = _mm_set1_epi16(Flip ? -32768 : 0);
+    const __m128i eight = _mm_set1_epi16(8);
+    __m128i minv = _mm_set1_epi16(32767);
+    __m128i index = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+    __m128i at = index;
+    for (Zan32s i = 0; i < n; i += 8) {
+        __m128i v;
+        if constexpr (Aligned) v = load16a(p + i);
+        else v = load16(p + i);
+        v = _mm_xor_si128(v, flip);
+        __m128i smaller = _mm_cmpgt_epi16(minv, v);
+        minv = _mm_min_epi16(minv, v);
+        index = _mm_or_si128(_mm_and_si128(smaller, at), _mm_andnot_si128(smaller, index));
+        at = _mm_add_epi16(at, eight);
+    }
+    // Signed 32-bit keys: the minimum above, the unsigned index below.
+    __m128i a = _mm_unpacklo_epi16(index, minv), b = _mm_unpackhi_epi16(index, minv);
+    auto smaller_key = [](__m128i x, __m128i y) {
+        __m128i gt = _mm_cmpgt_epi32(x, y);
+        return _mm_or_si128(_mm_and_si128(gt, y), _mm_andnot_si128(gt, x));
+    };
+    a = smaller_key(a, b);
+    a = smaller_key(a, _mm_shuffle_epi32(a, _MM_SHUFFLE(1, 0, 3, 2)));
+    a = smaller_key(a, _mm_shuffle_epi32(a, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtsi128_si32(a);
+}
+
+template <bool Flip>
+Zan32s find_min_sad(const Zan16u* pResult, Zan32s count) {
+    constexpr Zan32s kChunk = 65536;
+    Zan32s best = 0, bestKey = 0;
+    const bool aligned = (reinterpret_cast<uintptr_t>(pResult) & 15) == 0;
+    for (Zan32s base = 0; base < count; base += kChunk) {
+        Zan32s n = count - base < kChunk ? count - base : kChunk;
+        Zan32s key = aligned ? min_key_chunk<Flip, true>(pResult + base, n)
+                             : min_key_chunk<Flip, false>(pResult + base, n);
+        if (base == 0 || (key >> 16) < (bestKey >> 16)) {
+            best = base + (key & 0xFFFF);
+            bestKey = key;
+        }
+    }
+    return best;
+}
+
+// For 4x4 and 8x8, whose SADs stay below 32768.
+constexpr MinIndexFn find_min_sad_16u_sse2 = find_min_sad<false>;
+// For 16x16: any 16-bit value.
+constexpr MinIndexFn find_min_sad_16u_s_sse2 = find_min_sad<true>;
 
 // ================================================================= tables
 
@@ -323,8 +379,8 @@ constexpr KernelPair<CandFn> kCandPairs[] = {
 #undef ZAN_ALIGNED_ALL
 #undef ZAN_ALIGNED
 constexpr KernelPair<MinIndexFn> kMinPairs[] = {
-    {"find_min_sad_16u", min_index_rule, min_index_simd, 0, 0, 32766},
-    {"find_min_sad_16u_s", min_index_rule, min_index_simd, 0, 0, 65535},
+    {"find_min_sad_16u_sse2", min_index_rule, find_min_sad_16u_sse2, 0, 0, 32766},
+    {"find_min_sad_16u_s_sse2", min_index_rule, find_min_sad_16u_s_sse2, 0, 0, 65535},
 };
 
 }  // namespace
@@ -373,9 +429,9 @@ ZAN_SAD_XN(zaniSAD16x16xN_8u16u_C1R, 16)
         *pMinIndex = sad::find_min(pResult, count);                                                         \
         return zanStsOk;                                                                                    \
     }
-ZAN_SAD_XNI(zaniSAD4x4xNI_8u16u_C1R, 4, min_index_simd)
-ZAN_SAD_XNI(zaniSAD8x8xNI_8u16u_C1R, 8, min_index_simd)
-ZAN_SAD_XNI(zaniSAD16x16xNI_8u16u_C1R, 16, min_index_simd)
+ZAN_SAD_XNI(zaniSAD4x4xNI_8u16u_C1R, 4, find_min_sad_16u_sse2)
+ZAN_SAD_XNI(zaniSAD8x8xNI_8u16u_C1R, 8, find_min_sad_16u_sse2)
+ZAN_SAD_XNI(zaniSAD16x16xNI_8u16u_C1R, 16, find_min_sad_16u_s_sse2)
 #undef ZAN_SAD_XNI
 
 }  // namespace zan::ZAN_PATH

@@ -314,6 +314,27 @@ TEST(Sad, BestCandidateTiesGoToTheLowestIndex) {
     }
 }
 
+// 16x16 sums reach 65280: those of 32768 and above still rank above the
+// smaller ones.  Columns 0..19 of the reference are 0, the rest 255, against
+// a current block of 255: candidate i has 16 * 255 * (20 - i) while i < 20,
+// from 65280 at i <= 4 down through 32640 at i = 12, and 0 from i = 20 on.
+TEST(Sad, BestSixteenBySixteenUsesAllSixteenBits) {
+    Picture cur(255), ref(255);
+    constexpr Zan32s S = Picture::kStep;
+    for (Zan32s y = 0; y < 16; ++y)
+        for (Zan32s x = 0; x < 20; ++x) *ref.at(x, y) = 0;
+    alignas(16) std::array<Zan16u, 32> r;
+    for (Zan32s offset : {0, 1}) {
+        Zan32s idx = -1;
+        ASSERT_EQ(zaniSAD16x16xNI_8u16u_C1R(cur.at(0, 0), S, ref.at(0, 0), S, r.data() + offset, 24, &idx), zanStsOk);
+        for (Zan32s i = 0; i < 24; ++i)
+            EXPECT_EQ(r[static_cast<size_t>(offset + i)], 16 * 255 * (i < 4 ? 16 : i < 20 ? 20 - i : 0)) << i;
+        EXPECT_EQ(idx, 20);
+        ASSERT_EQ(zaniSAD16x16xNI_8u16u_C1R(cur.at(0, 0), S, ref.at(0, 0), S, r.data() + offset, 8, &idx), zanStsOk);
+        EXPECT_EQ(idx, 7);  // 16 * 255 * 13 = 53040, the smallest of the first eight
+    }
+}
+
 TEST(Sad, DifferenceBlockAndItsSum) {
     Picture cur, ref;
     for (Zan32s y = 0; y < 8; ++y)

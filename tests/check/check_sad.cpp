@@ -164,6 +164,27 @@ TEST(CheckSad, MinimumIndex) {
         }
 }
 
+// Long rows: indices pass 65535, ties fall in different stretches of 65536.
+TEST(CheckSad, MinimumIndexLongRows) {
+    Rng rng(9);
+    constexpr Zan32s kCount = 2 * 65536 + 64;
+    std::vector<Zan16u> store(kCount + 16);
+    for (const auto& e : candidates().minIndex)
+        for (int d = 0; d < 24; ++d) {
+            // 16-byte aligned or not.
+            auto base = reinterpret_cast<std::uintptr_t>(store.data());
+            Zan16u* p = store.data() + (((16 - (base & 15)) & 15) / 2) + d % 2;
+            Zan32s count = kCount - 8 * (d % 3);
+            Zan32s low = rng.range(0, e.param - 8);
+            for (Zan32s i = 0; i < count; ++i) p[i] = static_cast<Zan16u>(low + 1 + rng.range(0, 7));
+            // The smallest value at a few places, often a multiple of 65536 apart.
+            Zan32s first = rng.range(0, count - 1);
+            for (Zan32s at : {first, first + 65536, rng.range(0, count - 1), first % 65536})
+                if (at < count && (d % 4 != 0 || at > 65535)) p[at] = static_cast<Zan16u>(low);
+            ASSERT_EQ(e.rule(p, count), e.simd(p, count)) << e.name << " draw " << d << " count " << count;
+        }
+}
+
 // Reads stay inside what a kernel may read: the candidates' bytes, and for
 // the aligned kernels the aligned 16-byte units holding them.  The region is
 // put against an inaccessible page, after it or before it, so a read beyond
