@@ -358,6 +358,15 @@ TEST(Sad, DifferenceBlockAndItsSum) {
     diff.fill(0);
     ASSERT_EQ(zaniSubSAD8x8_8u16s_C1R(cur.at(0, 0), Picture::kStep, ref.at(0, 0), Picture::kStep, diff.data(), 24, nullptr), zanStsOk);
     EXPECT_EQ(diff[12 * 7], -210);
+    // Rows 16-byte aligned, 32 bytes apart: the same block, the gaps untouched.
+    alignas(16) std::array<Zan16s, 16 * 8> wide;
+    wide.fill(-1234);
+    r = -1;
+    ASSERT_EQ(zaniSubSAD8x8_8u16s_C1R(cur.at(0, 0), Picture::kStep, ref.at(0, 0), Picture::kStep, wide.data(), 32, &r), zanStsOk);
+    EXPECT_EQ(r, want);
+    for (Zan32s y = 0; y < 8; ++y)
+        for (Zan32s x = 0; x < 16; ++x)
+            EXPECT_EQ(wide[static_cast<size_t>(16 * y + x)], x < 8 ? 30 * (x - y) : -1234) << x << "," << y;
 }
 
 TEST(Sad, FrameFieldLeavesOutTheMiddlePair) {
