@@ -245,6 +245,40 @@ TEST(Sad, CandidateCountRoundsDown) {
     }
 }
 
+// Reference rows ramp by one per column and three per row above a zero
+// current block, so candidate i at column x0 sums to
+// B * B * (x0 + i) + 2 * B * B * (B - 1).  That holds at every offset of pRef
+// in its 16-byte unit, with the result array aligned or not, and with a
+// reference step that is a multiple of 16 or not.
+TEST(Sad, CandidateSumsAtEveryAlignment) {
+    Picture cur(0);
+    alignas(64) std::array<Zan8u, 112 * 20> ref;
+    alignas(16) std::array<Zan16u, 40> r;
+    for (Zan32s step : {96, 104}) {
+        for (Zan32s y = 0; y < 20; ++y)
+            for (Zan32s x = 0; x < step; ++x) ref[static_cast<size_t>(y * step + x)] = static_cast<Zan8u>(x + 3 * y);
+        for (Zan32s size : {4, 8, 16})
+            for (Zan32s x0 = 0; x0 < 16; ++x0)
+                for (Zan32s offset : {0, 1, 8}) {
+                    r.fill(0x7777);
+                    Zan16u* out = r.data() + offset;
+                    Zan32s idx = -1;
+                    const Zan8u* p = ref.data() + x0;
+                    const Zan8u* c = cur.at(0, 0);
+                    ZanStatus st = size == 4   ? zaniSAD4x4xNI_8u16u_C1R(c, 4, p, step, out, 24, &idx)
+                                   : size == 8 ? zaniSAD8x8xNI_8u16u_C1R(c, 8, p, step, out, 24, &idx)
+                                               : zaniSAD16x16xNI_8u16u_C1R(c, 16, p, step, out, 24, &idx);
+                    ASSERT_EQ(st, zanStsOk);
+                    for (Zan32s i = 0; i < 24; ++i)
+                        ASSERT_EQ(out[i], size * size * (x0 + i) + 2 * size * size * (size - 1))
+                            << size << "x" << size << " x0 " << x0 << " offset " << offset << " step " << step;
+                    EXPECT_EQ(r[static_cast<size_t>(offset + 24)], 0x7777);
+                    EXPECT_TRUE(offset == 0 || r[0] == 0x7777);
+                    EXPECT_EQ(idx, 0);
+                }
+    }
+}
+
 // Equal results: the lowest index wins, within a lane and across lanes.
 TEST(Sad, BestCandidateTiesGoToTheLowestIndex) {
     constexpr Zan32s S = Picture::kStep;
@@ -280,6 +314,27 @@ TEST(Sad, BestCandidateTiesGoToTheLowestIndex) {
     }
 }
 
+// 16x16 sums reach 65280: those of 32768 and above still rank above the
+// smaller ones.  Columns 0..19 of the reference are 0, the rest 255, against
+// a current block of 255: candidate i has 16 * 255 * (20 - i) while i < 20,
+// from 65280 at i <= 4 down through 32640 at i = 12, and 0 from i = 20 on.
+TEST(Sad, BestSixteenBySixteenUsesAllSixteenBits) {
+    Picture cur(255), ref(255);
+    constexpr Zan32s S = Picture::kStep;
+    for (Zan32s y = 0; y < 16; ++y)
+        for (Zan32s x = 0; x < 20; ++x) *ref.at(x, y) = 0;
+    alignas(16) std::array<Zan16u, 32> r;
+    for (Zan32s offset : {0, 1}) {
+        Zan32s idx = -1;
+        ASSERT_EQ(zaniSAD16x16xNI_8u16u_C1R(cur.at(0, 0), S, ref.at(0, 0), S, r.data() + offset, 24, &idx), zanStsOk);
+        for (Zan32s i = 0; i < 24; ++i)
+            EXPECT_EQ(r[static_cast<size_t>(offset + i)], 16 * 255 * (i < 4 ? 16 : i < 20 ? 20 - i : 0)) << i;
+        EXPECT_EQ(idx, 20);
+        ASSERT_EQ(zaniSAD16x16xNI_8u16u_C1R(cur.at(0, 0), S, ref.at(0, 0), S, r.data() + offset, 8, &idx), zanStsOk);
+        EXPECT_EQ(idx, 7);  // 16 * 255 * 13 = 53040, the smallest of the first eight
+    }
+}
+
 TEST(Sad, DifferenceBlockAndItsSum) {
     Picture cur, ref;
     for (Zan32s y = 0; y < 8; ++y)
@@ -303,6 +358,15 @@ TEST(Sad, DifferenceBlockAndItsSum) {
     diff.fill(0);
     ASSERT_EQ(zaniSubSAD8x8_8u16s_C1R(cur.at(0, 0), Picture::kStep, ref.at(0, 0), Picture::kStep, diff.data(), 24, nullptr), zanStsOk);
     EXPECT_EQ(diff[12 * 7], -210);
+    // Rows 16-byte aligned, 32 bytes apart: the same block, the gaps untouched.
+    alignas(16) std::array<Zan16s, 16 * 8> wide;
+    wide.fill(-1234);
+    r = -1;
+    ASSERT_EQ(zaniSubSAD8x8_8u16s_C1R(cur.at(0, 0), Picture::kStep, ref.at(0, 0), Picture::kStep, wide.data(), 32, &r), zanStsOk);
+    EXPECT_EQ(r, want);
+    for (Zan32s y = 0; y < 8; ++y)
+        for (Zan32s x = 0; x < 16; ++x)
+            EXPECT_EQ(wide[static_cast<size_t>(16 * y + x)], x < 8 ? 30 * (x - y) : -1234) << x << "," << y;
 }
 
 TEST(Sad, FrameFieldLeavesOutTheMiddlePair) {

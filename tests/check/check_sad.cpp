@@ -1,7 +1,10 @@
 // Every SAD vector kernel against its scalar rule.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <array>
+#include <cstdint>
 
 #include "blocks/sad.h"
 #include "check/harness.h"
@@ -161,6 +164,106 @@ TEST(CheckSad, MinimumIndex) {
         }
 }
 
+// Long rows: indices pass 65535, ties fall in different stretches of 65536.
+TEST(CheckSad, MinimumIndexLongRows) {
+    Rng rng(9);
+    constexpr Zan32s kCount = 2 * 65536 + 64;
+    std::vector<Zan16u> store(kCount + 16);
+    for (const auto& e : candidates().minIndex)
+        for (int d = 0; d < 24; ++d) {
+            // 16-byte aligned or not.
+            auto base = reinterpret_cast<std::uintptr_t>(store.data());
+            Zan16u* p = store.data() + (((16 - (base & 15)) & 15) / 2) + d % 2;
+            Zan32s count = kCount - 8 * (d % 3);
+            Zan32s low = rng.range(0, e.param - 8);
+            for (Zan32s i = 0; i < count; ++i) p[i] = static_cast<Zan16u>(low + 1 + rng.range(0, 7));
+            // The smallest value at a few places, often a multiple of 65536 apart.
+            Zan32s first = rng.range(0, count - 1);
+            for (Zan32s at : {first, first + 65536, rng.range(0, count - 1), first % 65536})
+                if (at < count && (d % 4 != 0 || at > 65535)) p[at] = static_cast<Zan16u>(low);
+            ASSERT_EQ(e.rule(p, count), e.simd(p, count)) << e.name << " draw " << d << " count " << count;
+        }
+}
+
+// Reads stay inside what a kernel may read: the candidates' bytes, and for
+// the aligned kernels the aligned 16-byte units holding them.  The region is
+// put against an inaccessible page, after it or before it, so a read beyond
+// faults.
+class EdgeRegion {
+public:
+    // widthBytes x height rows at step.  With slack the readable area
+    // extends to the whole aligned 16-byte units of the region, and align is
+    // the offset of its lowest byte in its unit; atEnd puts the area against
+    // the page after it, else against the page before it.
+    EdgeRegion(Zan32s widthBytes, Zan32s height, Zan32s step, Zan32s align, bool slack, bool atEnd) {
+        page_ = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        std::size_t span = static_cast<std::size_t>(std::abs(step)) * static_cast<std::size_t>(height - 1) +
+                           static_cast<std::size_t>(widthBytes);
+        std::size_t lead = slack ? static_cast<std::size_t>(align) : 0;     // readable bytes before the first
+        std::size_t tail = slack ? (16 - (lead + span) % 16) % 16 : 0;      // and after the last
+        size_ = (lead + span + tail + page_ - 1) / page_ * page_ + 2 * page_;
+        void* m = mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        map_ = m == MAP_FAILED ? nullptr : static_cast<Zan8u*>(m);
+        if (!map_) return;
+        Zan8u* rw = map_ + page_;
+        std::size_t rwSize = size_ - 2 * page_;
+        if (mprotect(rw, rwSize, PROT_READ | PROT_WRITE) != 0) {
+            munmap(map_, size_);
+            map_ = nullptr;
+            return;
+        }
+        Zan8u* first = atEnd ? rw + rwSize - tail - span : rw + lead;
+        origin_ = step >= 0 ? first : first + static_cast<std::ptrdiff_t>(-step) * (height - 1);
+        rw_ = rw;
+        rwSize_ = rwSize;
+    }
+    ~EdgeRegion() {
+        if (map_) munmap(map_, size_);
+    }
+    EdgeRegion(const EdgeRegion&) = delete;
+    EdgeRegion& operator=(const EdgeRegion&) = delete;
+    bool ok() const { return map_ != nullptr; }
+    Zan8u* origin() { return origin_; }
+    void fill(Rng& rng) { rng.fill(rw_, rwSize_); }
+
+private:
+    std::size_t page_ = 0, size_ = 0, rwSize_ = 0;
+    Zan8u* map_ = nullptr;
+    Zan8u* rw_ = nullptr;
+    Zan8u* origin_ = nullptr;
+};
+
+TEST(CheckSad, CandidateRowsReadOnlyTheirBytes) {
+    Rng rng(10);
+    for (const auto& e : candidates().cand)
+        for (int d = 0; d < 64; ++d) {
+            Zan32s count = 8 * rng.range(1, 4);
+            Zan32s refBytes = e.width + count - 1;
+            bool aligned = e.param >= 0;
+            bool atEnd = d % 2 == 0;
+            Zan32s refStep = refBytes + rng.range(0, 20);
+            if (aligned) refStep = (refStep + 15) & ~15;
+            if (d % 4 >= 2) refStep = -refStep;
+            Zan32s curStep = (d % 3 == 0 ? -1 : 1) * (e.width + rng.range(0, 9));
+            // The first byte's offset in its unit: S for the aligned kernels,
+            // whatever lies against the edge otherwise.
+            EdgeRegion ref(refBytes, e.height, refStep, aligned ? e.param : 0, aligned, atEnd);
+            EdgeRegion cur(e.width, e.height, curStep, 0, false, !atEnd);
+            ASSERT_TRUE(ref.ok() && cur.ok());
+            ref.fill(rng);
+            cur.fill(rng);
+            auto phase = static_cast<Zan32s>(reinterpret_cast<std::uintptr_t>(ref.origin()) & 15);
+            ASSERT_TRUE(!aligned || phase == e.param);
+            alignas(16) std::array<Zan16u, 48> want, got;
+            want.fill(0x5A5A);
+            got.fill(0x5A5A);
+            e.rule(cur.origin(), curStep, ref.origin(), refStep, want.data() + 8, count);
+            e.simd(cur.origin(), curStep, ref.origin(), refStep, got.data() + 8, count);
+            ASSERT_TRUE(want == got) << e.name << " draw " << d << " count " << count << " steps " << curStep
+                                     << "/" << refStep << (atEnd ? " at the end" : " at the start");
+        }
+}
+
 TEST(CheckSad, DifferenceBlock) {
     Rng rng(7);
     for (const auto& e : subs().sub)
@@ -169,9 +272,10 @@ TEST(CheckSad, DifferenceBlock) {
             Region cur(8, 8, l.curStep, l.curAlign), ref(8, 8, l.refStep, l.refAlign);
             cur.fill(rng);
             ref.fill(rng);
-            auto ds = steps_for(16, 2);
+            // param 16: the kernel stores aligned rows and gets them.
+            auto ds = e.param == 16 ? std::vector<Zan32s>{16, 32, -16, -48} : steps_for(16, 2);
             Zan32s diffStep = ds[static_cast<size_t>(d / 5) % ds.size()];
-            Zan32s diffAlign = 2 * (d % 8);
+            Zan32s diffAlign = e.param == 16 ? 16 * (d % 4) : 2 * (d % 8);
             Region want(16, 8, diffStep, diffAlign), got(16, 8, diffStep, diffAlign);
             want.set(0xEE);
             got.set(0xEE);
