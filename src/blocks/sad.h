@@ -52,7 +52,9 @@ struct CandidateKernels {
     KernelList<MinIndexFn> minIndex;
 };
 
-// Catalogue of the difference and frame/field forms (sadsub.cpp).
+// Catalogue of the difference and frame/field forms (sadsub.cpp).  param of
+// sub: 16 for a kernel with aligned stores, which needs pDiff and diffStep
+// multiples of 16; 0 for any alignment.  param elsewhere: 0.
 struct SubKernels {
     KernelList<SubFn> sub;
     KernelList<Field8Fn> field8;
