@@ -1,6 +1,5 @@
 // The support functions of both builds: statuses in their order with
 // nothing written on failure, and known answers.
-#include <emmintrin.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -162,18 +161,6 @@ TEST(Support, RegionCopyTakesZeroAndNegativeSteps) {
     }
 }
 
-TEST(Support, RegionFillLeavesTheGapsBetweenRows) {
-    for (const Api& a : kApis) {
-        std::array<Zan8u, 7 * 40> dst;
-        dst.fill(1);
-        ASSERT_EQ(a.setR(200, dst.data() + 3, 40, {33, 6}), zanStsOk);
-        for (size_t i = 0; i < dst.size(); ++i) {
-            bool inside = i >= 3 && i < 3 + 40 * 6 && (i - 3) % 40 < 33;
-            ASSERT_EQ(dst[i], inside ? 200 : 1) << a.path << " byte " << i;
-        }
-    }
-}
-
 // --------------------------------------------------------- cache lookup
 
 // Answers of CPUID leaf 2 as a processor could give them.
@@ -214,44 +201,6 @@ TEST(Support, MedianStatusesInOrder) {
     }
 }
 
-// The same three rows of 61 samples placed at every combination of offsets
-// from a 16-byte boundary give the same output; each output sample is the
-// middle one of its three inputs when sorted.
-TEST(Support, MedianIsTheSameAtEveryAlignment) {
-    constexpr int W = 61;
-    Zan8u rows[3][W];
-    for (int x = 0; x < W; ++x) {
-        rows[0][x] = static_cast<Zan8u>(x * 37);
-        rows[1][x] = static_cast<Zan8u>(255 - x * 11);
-        rows[2][x] = static_cast<Zan8u>(x % 3 == 0 ? rows[0][x] : 128 + x);
-    }
-    Zan8u want[W];
-    for (int x = 0; x < W; ++x) {
-        Zan8u v[3] = {rows[0][x], rows[1][x], rows[2][x]};
-        std::sort(v, v + 3);
-        want[x] = v[1];
-    }
-    alignas(16) Zan8u buf[4][W + 32];
-    for (const Api& a : kApis)
-        for (int ad = 0; ad < 16; ++ad)
-            for (int a0 = 0; a0 < 16; ++a0)
-                for (int a1 = 0; a1 < 16; a1 += 3)
-                    for (int a2 = 0; a2 < 16; a2 += 5) {
-                        const int offs[3] = {a0, a1, a2};
-                        const Zan8u* planes[3];
-                        for (int k = 0; k < 3; ++k) {
-                            std::memcpy(buf[k] + offs[k], rows[k], W);
-                            planes[k] = buf[k] + offs[k];
-                        }
-                        std::memset(buf[3], 0xC3, sizeof buf[3]);
-                        ASSERT_EQ(a.median(planes, 0, buf[3] + ad, 0, {W, 1}), zanStsOk);
-                        ASSERT_EQ(std::memcmp(buf[3] + ad, want, W), 0)
-                            << a.path << " offsets " << a0 << "," << a1 << "," << a2 << "/" << ad;
-                        ASSERT_TRUE(std::all_of(buf[3], buf[3] + ad, [](Zan8u v) { return v == 0xC3; }));
-                        ASSERT_TRUE(std::all_of(buf[3] + ad + W, std::end(buf[3]), [](Zan8u v) { return v == 0xC3; }));
-                    }
-}
-
 // --------------------------------------------------------------- lowpass
 
 struct Image {
@@ -288,20 +237,6 @@ TEST(Support, LowpassStatusesInOrder) {
     }
 }
 
-TEST(Support, FlatPictureFiltersToItself) {
-    for (const Api& a : kApis)
-        for (Zan32s mask : {kMask3x3, kMask5x5})
-            for (int v : {0, 1, 127, 128, 254, 255}) {
-                Image src(static_cast<Zan8u>(v)), dst(0);
-                ASSERT_EQ(a.lowpass(src.at(2, 2), Image::kStep, dst.at(0, 0), Image::kStep, {43, 20}, mask), zanStsOk);
-                for (Zan32s y = 0; y < 20; ++y)
-                    for (Zan32s x = 0; x < 43; ++x)
-                        ASSERT_EQ(*dst.at(x, y), v) << a.path << " mask " << mask << " at " << x << "," << y;
-                EXPECT_EQ(*dst.at(43, 0), 0);
-                EXPECT_EQ(*dst.at(0, 20), 0);
-            }
-}
-
 // One sample of 255 on black: every output whose window covers it becomes
 // (255 + 4) / 9 = 28 (3x3) or (255 + 12) / 25 = 10 (5x5), the rest stay 0.
 TEST(Support, BrightSampleSpreadsOverItsWindow) {
@@ -323,22 +258,6 @@ TEST(Support, BrightSampleSpreadsOverItsWindow) {
                             << a.path << " mask " << c.mask << " bright " << bx << " at " << x << "," << y;
                     }
             }
-}
-
-// The multiply-high forms of the two divisions, in the 16-bit unsigned
-// arithmetic of pmulhuw, against the divisions themselves for every window
-// sum there can be.
-TEST(Support, ReciprocalDivisionsAreExactForEverySum) {
-    for (Zan32s sum = 0; sum <= 9 * 255; ++sum) {
-        __m128i q = _mm_mulhi_epu16(_mm_set1_epi16(static_cast<short>(sum + 5)), _mm_set1_epi16(0x1C71));
-        ASSERT_EQ(_mm_extract_epi16(q, 3), (sum + 4) / 9) << sum;
-        ASSERT_EQ(((sum + 5) * 0x1C71) >> 16, (sum + 4) / 9) << sum;
-    }
-    for (Zan32s sum = 0; sum <= 25 * 255; ++sum) {
-        __m128i q = _mm_mulhi_epu16(_mm_set1_epi16(static_cast<short>(sum + 13)), _mm_set1_epi16(0x28F5));
-        ASSERT_EQ(_mm_extract_epi16(_mm_srli_epi16(q, 2), 5), (sum + 12) / 25) << sum;
-        ASSERT_EQ((((sum + 13) * 0x28F5) >> 16) >> 2, (sum + 12) / 25) << sum;
-    }
 }
 
 // The filter itself for every window sum: columns repeat with the window's
