@@ -9,7 +9,8 @@ cd "$(dirname "$0")"
 export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-2}
 export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-2}
 
-# Debian packages the build needs, each with a file that shows it installed.
+# Debian packages the build and the tests need (ffmpeg makes and codes the
+# test pictures), each with a file that shows it installed.
 deps=(
   "g++:/usr/bin/g++"
   "make:/usr/bin/make"
@@ -18,6 +19,7 @@ deps=(
   "libbenchmark-dev:/usr/include/benchmark/benchmark.h"
   "pkg-config:/usr/bin/pkg-config"
   "binutils:/usr/bin/objdump"
+  "ffmpeg:/usr/bin/ffmpeg"
 )
 
 install_deps() {

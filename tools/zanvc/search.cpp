@@ -16,6 +16,7 @@
 // the library, so its true vector gives a SAD of 0.
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -236,6 +237,8 @@ struct Options {
     bool map = true;
     const char* curFile = nullptr;
     const char* refFile = nullptr;
+    bool expect = false;  // --expect given: the motion of the whole picture pair, in half samples
+    Vec expected{0, 0};
 };
 
 bool parse_int(const char* text, long lo, long hi, long* out) {
@@ -318,6 +321,17 @@ int search(int argc, char** argv) {
             }
             o.width = static_cast<Zan32s>(w);
             o.height = static_cast<Zan32s>(h);
+        } else if (std::strcmp(a, "--expect") == 0 && i + 1 < argc) {
+            // DX,DY in samples, whole or half.
+            double dx = 0, dy = 0;
+            char tail = 0;
+            if (std::sscanf(argv[++i], "%lf,%lf%c", &dx, &dy, &tail) != 2 || std::fabs(dx) > 64 || std::fabs(dy) > 64 ||
+                2 * dx != std::floor(2 * dx) || 2 * dy != std::floor(2 * dy)) {
+                std::fprintf(stderr, "zanvc: --expect takes DX,DY in whole or half samples, e.g. -3,2.5\n");
+                return 2;
+            }
+            o.expect = true;
+            o.expected = {static_cast<Zan32s>(2 * dx), static_cast<Zan32s>(2 * dy)};
         } else if (std::strcmp(a, "--no-map") == 0) {
             o.map = false;
         } else if (a[0] == '-') {
@@ -381,7 +395,18 @@ int search(int argc, char** argv) {
             std::memcpy(ref.at(0, y), &refPixels[static_cast<size_t>(y * o.width)], static_cast<size_t>(o.width));
         }
         ref.extend_edges();
+        if (o.expect) {
+            // Scored: the blocks whose expected match lies inside the reference.
+            // A sample at x matches the reference at x + (dx >> 1), and at the
+            // sample after it too when dx is odd (dx in half samples).
+            const Zan32s dx = o.expected.x, dy = o.expected.y;
+            const Zan32s x0 = std::max(0, -(dx >> 1)), x1 = std::min(o.width, o.width - (dx >> 1) - (dx & 1));
+            const Zan32s y0 = std::max(0, -(dy >> 1)), y1 = std::min(o.height, o.height - (dy >> 1) - (dy & 1));
+            regions = {{"expected", x0, y0, x1, y1, o.expected}};
+        }
     }
+    // Scoring needs known motion: the built-in pictures, or --expect.
+    const bool scored = !regions.empty();
 
     // ---- search
     std::vector<BlockResult> blocks;
@@ -439,7 +464,7 @@ int search(int argc, char** argv) {
                 static_cast<double>(sadSum) / static_cast<double>(nBlocks) / 256.0);
 
     int allKnown = 0, allRight = 0;
-    if (builtIn) {
+    if (scored) {
         std::printf("known motion\n");
         for (size_t r = 0; r < regions.size(); ++r) {
             std::printf("  %-20s %-16s %3d of %3d blocks found it\n", regions[r].what, vec_text(regions[r].motion).c_str(),
@@ -456,19 +481,19 @@ int search(int argc, char** argv) {
     if (o.map) {
         const Legend legend = make_legend(blocks);
         std::printf("\nvector field, one letter per block%s\n",
-                    builtIn ? "; right: + found the known vector, x did not, ~ straddles regions" : "");
+                    scored ? "; right: + found the known vector, x did not, ~ straddles regions or not scored" : "");
         for (Zan32s by = 0; by < blocksY; ++by) {
             std::string line = "  ", marks = "    ";
             for (Zan32s bx = 0; bx < blocksX; ++bx) {
                 const BlockResult& b = blocks[static_cast<size_t>(by * blocksX + bx)];
                 line += legend.letter(b.found);
                 line += ' ';
-                if (builtIn) {
+                if (scored) {
                     marks += b.region < 0 ? '~' : b.found == regions[static_cast<size_t>(b.region)].motion ? '+' : 'x';
                     marks += ' ';
                 }
             }
-            std::string text = line + (builtIn ? marks : std::string());
+            std::string text = line + (scored ? marks : std::string());
             while (!text.empty() && text.back() == ' ') text.pop_back();
             std::printf("%s\n", text.c_str());
         }
@@ -485,11 +510,11 @@ int search(int argc, char** argv) {
                     stats.mismatches);
         return 1;
     }
-    if (builtIn) {
+    if (scored) {
         const int panKnown = known[0], panRight = right[0];
         const bool ok = panKnown > 0 && 10 * panRight >= 9 * panKnown && allKnown > 0 && 10 * allRight >= 9 * allKnown;
-        std::printf("\n%s: %d of %d panned blocks, %d of %d blocks with a known vector (90%% needed)\n",
-                    ok ? "ok" : "FAILED", panRight, panKnown, allRight, allKnown);
+        std::printf("\n%s: %d of %d %s blocks, %d of %d blocks with a known vector (90%% needed)\n",
+                    ok ? "ok" : "FAILED", panRight, panKnown, builtIn ? "panned" : "scored", allRight, allKnown);
         return ok ? 0 : 1;
     }
     return 0;
