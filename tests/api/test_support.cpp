@@ -9,44 +9,21 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "support/support.h"
+#include "check/support_paths.h"
 
 namespace {
 
 using namespace zan;
 
-struct Api {
-    const char* path;
-    decltype(&u8::zansMalloc_8u) malloc8u;
-    decltype(&u8::zansMalloc_8s) malloc8s;
-    decltype(&u8::zansMalloc_16u) malloc16u;
-    decltype(&u8::zansFree) sfree;
-    decltype(&u8::zaniFree) ifree;
-    decltype(&u8::zansCopy_8u) copy8u;
-    decltype(&u8::zansCopy_16s) copy16s;
-    decltype(&u8::zansSet_8u) set8u;
-    decltype(&u8::zansZero_8u) zero8u;
-    decltype(&u8::zaniCopy_8u_C1R) copyR;
-    decltype(&u8::zaniSet_8u_C1R) setR;
-    decltype(&u8::zaniFilterLowpass_8u_C1R) lowpass;
-    decltype(&u8::zaniMedian_8u_P3C1R) median;
-    decltype(&u8::support::cache_from_leaf2) leaf2;
-};
-#define ZAN_API_OF(P)                                                                                         \
-    Api {                                                                                                     \
-        #P, P::zansMalloc_8u, P::zansMalloc_8s, P::zansMalloc_16u, P::zansFree, P::zaniFree, P::zansCopy_8u, \
-            P::zansCopy_16s, P::zansSet_8u, P::zansZero_8u, P::zaniCopy_8u_C1R, P::zaniSet_8u_C1R,           \
-            P::zaniFilterLowpass_8u_C1R, P::zaniMedian_8u_P3C1R, P::support::cache_from_leaf2                \
-    }
-const Api kApis[] = {ZAN_API_OF(u8), ZAN_API_OF(n8)};
-#undef ZAN_API_OF
+using check::SupportPath;
+const auto& kApis = check::kSupportPaths;
 
 bool aligned64(const void* p) { return (reinterpret_cast<std::uintptr_t>(p) & 63) == 0; }
 
 // ------------------------------------------------------------- allocation
 
 TEST(Support, AllocationCountsElementsAndRefusesEmptyOrOversizedBlocks) {
-    for (const Api& a : kApis) {
+    for (const SupportPath& a : kApis) {
         SCOPED_TRACE(a.path);
         for (Zan32s n : {0, -1, INT_MIN}) {
             EXPECT_EQ(a.malloc8u(n), nullptr) << n;
@@ -78,7 +55,7 @@ TEST(Support, AllocationCountsElementsAndRefusesEmptyOrOversizedBlocks) {
 // -------------------------------------------------------- copy and fill
 
 TEST(Support, RowCopyAndFillStatusesInOrder) {
-    for (const Api& a : kApis) {
+    for (const SupportPath& a : kApis) {
         SCOPED_TRACE(a.path);
         std::array<Zan8u, 32> src{}, dst;
         dst.fill(0x77);
@@ -100,13 +77,13 @@ TEST(Support, RowCopyAndFillStatusesInOrder) {
             {a.set8u(9, dst.data(), INT_MIN), zanStsSizeBad},
             {a.zero8u(nullptr, -1), zanStsNullPtr},
             {a.zero8u(dst.data(), 0), zanStsSizeBad},
-            {a.copyR(nullptr, 4, dst.data(), 4, {0, 0}), zanStsNullPtr},
-            {a.copyR(src.data(), 4, nullptr, 4, {4, 4}), zanStsNullPtr},
-            {a.copyR(src.data(), 4, dst.data(), 4, {0, 4}), zanStsSizeBad},
-            {a.copyR(src.data(), 4, dst.data(), 4, {4, -1}), zanStsSizeBad},
-            {a.setR(1, nullptr, 4, {0, 4}), zanStsNullPtr},
-            {a.setR(1, dst.data(), 4, {-2, 4}), zanStsSizeBad},
-            {a.setR(1, dst.data(), 4, {4, 0}), zanStsSizeBad},
+            {a.copy_region(nullptr, 4, dst.data(), 4, {0, 0}), zanStsNullPtr},
+            {a.copy_region(src.data(), 4, nullptr, 4, {4, 4}), zanStsNullPtr},
+            {a.copy_region(src.data(), 4, dst.data(), 4, {0, 4}), zanStsSizeBad},
+            {a.copy_region(src.data(), 4, dst.data(), 4, {4, -1}), zanStsSizeBad},
+            {a.set_region(1, nullptr, 4, {0, 4}), zanStsNullPtr},
+            {a.set_region(1, dst.data(), 4, {-2, 4}), zanStsSizeBad},
+            {a.set_region(1, dst.data(), 4, {4, 0}), zanStsSizeBad},
         };
         for (size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(cases[i].got, cases[i].want) << "case " << i;
         for (Zan8u v : dst) ASSERT_EQ(v, 0x77);
@@ -114,7 +91,7 @@ TEST(Support, RowCopyAndFillStatusesInOrder) {
 }
 
 TEST(Support, SixteenBitCopyMovesTwiceTheBytes) {
-    for (const Api& a : kApis) {
+    for (const SupportPath& a : kApis) {
         std::array<Zan16s, 40> src, dst;
         for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<Zan16s>(-1000 * static_cast<int>(i) + 7);
         dst.fill(0x1111);
@@ -132,7 +109,7 @@ TEST(Support, SixteenBitCopyMovesTwiceTheBytes) {
 
 // Rows 10, 11, 12 of a source hold 10.., 11.., 12..: the steps pick them.
 TEST(Support, RegionCopyTakesZeroAndNegativeSteps) {
-    for (const Api& a : kApis) {
+    for (const SupportPath& a : kApis) {
         SCOPED_TRACE(a.path);
         std::array<Zan8u, 64> src;
         for (int y = 0; y < 4; ++y)
@@ -141,20 +118,20 @@ TEST(Support, RegionCopyTakesZeroAndNegativeSteps) {
 
         // A zero source step repeats the first row.
         dst.fill(0);
-        ASSERT_EQ(a.copyR(src.data(), 0, dst.data(), 20, {5, 3}), zanStsOk);
+        ASSERT_EQ(a.copy_region(src.data(), 0, dst.data(), 20, {5, 3}), zanStsOk);
         for (int y = 0; y < 3; ++y)
             for (int x = 0; x < 5; ++x) EXPECT_EQ(dst[static_cast<size_t>(20 * y + x)], 10 + x);
         EXPECT_EQ(dst[5], 0);
 
         // A negative destination step stacks the rows upward.
         dst.fill(0);
-        ASSERT_EQ(a.copyR(src.data(), 16, dst.data() + 60, -20, {4, 4}), zanStsOk);
+        ASSERT_EQ(a.copy_region(src.data(), 16, dst.data() + 60, -20, {4, 4}), zanStsOk);
         for (int y = 0; y < 4; ++y)
             for (int x = 0; x < 4; ++x) EXPECT_EQ(dst[static_cast<size_t>(60 - 20 * y + x)], 10 * (y + 1) + x);
 
         // A zero destination step leaves the last row on top.
         dst.fill(0);
-        ASSERT_EQ(a.copyR(src.data(), 16, dst.data(), 0, {3, 4}), zanStsOk);
+        ASSERT_EQ(a.copy_region(src.data(), 16, dst.data(), 0, {3, 4}), zanStsOk);
         EXPECT_EQ(dst[0], 40);
         EXPECT_EQ(dst[2], 42);
         EXPECT_EQ(dst[3], 0);
@@ -177,14 +154,14 @@ TEST(Support, LargestCacheFromLeafTwoDescriptors) {
         {{0x0D490001, 0x0000EC00, 0x00000043, 0}, 24 << 20},  // the largest of several
         {{0x00000001, 0, 0, 0}, 0},
     };
-    for (const Api& a : kApis)
+    for (const SupportPath& a : kApis)
         for (const Case& c : cases) EXPECT_EQ(a.leaf2(c.regs.data()), c.want) << a.path << " " << std::hex << c.regs[0];
 }
 
 // ---------------------------------------------------------------- median
 
 TEST(Support, MedianStatusesInOrder) {
-    for (const Api& a : kApis) {
+    for (const SupportPath& a : kApis) {
         SCOPED_TRACE(a.path);
         std::array<Zan8u, 16> p{}, dst;
         dst.fill(0x42);
@@ -211,7 +188,7 @@ struct Image {
 };
 
 TEST(Support, LowpassStatusesInOrder) {
-    for (const Api& a : kApis) {
+    for (const SupportPath& a : kApis) {
         SCOPED_TRACE(a.path);
         Image src(9), dst(0x6B);
         const Zan8u* s = src.at(2, 2);
@@ -243,7 +220,7 @@ TEST(Support, BrightSampleSpreadsOverItsWindow) {
     struct Case {
         Zan32s mask, reach, level;
     };
-    for (const Api& a : kApis)
+    for (const SupportPath& a : kApis)
         for (Case c : {Case{kMask3x3, 1, 28}, Case{kMask5x5, 2, 10}})
             for (Zan32s bx : {0, 7, 20, 33})  // inside the vector part and in the tail
             {
@@ -265,7 +242,7 @@ TEST(Support, BrightSampleSpreadsOverItsWindow) {
 // 16 outputs (one vector turn) and the 3 after them (the tail) must all be
 // the rounded mean.
 TEST(Support, LowpassGivesTheRoundedMeanForEverySum) {
-    for (const Api& a : kApis)
+    for (const SupportPath& a : kApis)
         for (Zan32s n : {3, 5}) {
             const Zan32s mask = n == 3 ? kMask3x3 : kMask5x5, area = n * n, r = n / 2;
             constexpr Zan32s W = 19;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "check/harness.h"
+#include "check/support_paths.h"
 #include "support/support.h"
 #include "zancore.h"
 
@@ -15,29 +16,7 @@ namespace {
 using namespace zan;
 using namespace zan::check;
 
-// The functions under test, of one build.
-struct Support {
-    decltype(&u8::support::copy_run) copy_run;
-    decltype(&u8::support::fill_run) fill_run;
-    decltype(&u8::ownsCopy_8u) copy;
-    decltype(&u8::owniSet_8u_C1_M7) fill;
-    decltype(&u8::zaniCopy_8u_C1R) copy_region;
-    decltype(&u8::zaniSet_8u_C1R) set_region;
-    decltype(&u8::zaniMedian_8u_P3C1R) median;
-    decltype(&u8::support::median_rule) median_rule;
-    decltype(&u8::zaniFilterLowpass_8u_C1R) lowpass;
-    decltype(&u8::support::lowpass_rule) lowpass_rule;
-    decltype(&u8::support::largest_cache_leaf2) leaf2_cache;
-};
-#define ZAN_SUPPORT_OF(P)                                                                                   \
-    Support {                                                                                               \
-        P::support::copy_run, P::support::fill_run, P::ownsCopy_8u, P::owniSet_8u_C1_M7, P::zaniCopy_8u_C1R, \
-            P::zaniSet_8u_C1R, P::zaniMedian_8u_P3C1R, P::support::median_rule, P::zaniFilterLowpass_8u_C1R, \
-            P::support::lowpass_rule, P::support::largest_cache_leaf2                                       \
-    }
-const Support kU8 = ZAN_SUPPORT_OF(u8), kN8 = ZAN_SUPPORT_OF(n8);
-#undef ZAN_SUPPORT_OF
-const Support& active() { return for_path(kU8, kN8); }
+const SupportPath& active() { return for_path(kSupportPaths[0], kSupportPaths[1]); }
 
 constexpr Zan8u kGuard = 0xA5;
 
