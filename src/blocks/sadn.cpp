@@ -179,35 +179,40 @@ inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
     return pack_sads(acc);
 }
 
-// 16x16, any alignment: one load of each current row against eight
-// unaligned loads of the reference row.
-inline __m128i pass16x16(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
+// 16x16: one load of each current row against the eight candidates of the
+// reference row; cands(y) gives, for reference row y of the pass, a function
+// of the compile-time k that forms candidate k.
+template <class Cands>
+inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
     for (Zan32s y = 0; y < 16; ++y) {
         __m128i c = load16(row(cur.p, cur.step, y));
-        const Zan8u* p = row(r, rs, y);
-        unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(load16(p + k), c)); });
+        auto candidate = cands(y);
+        unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(candidate(k), c)); });
     }
     return pack_sads(acc);
 }
 
-// 16x16 from aligned units: the pass starts P bytes into the unit at base;
+// Any alignment: eight unaligned loads of the reference row.
+inline __m128i pass16x16_u(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
+    return pass16x16(cur, [&](Zan32s y) {
+        const Zan8u* p = row(r, rs, y);
+        return [p](auto k) { return load16(p + decltype(k)::value); };
+    });
+}
+
+// From aligned units: the pass starts P bytes into the unit at base;
 // candidate k is bytes P + k .. P + k + 15, which reach a third unit when
 // P >= 10.
 template <int P>
 inline __m128i pass16x16_a(const Current<16>& cur, const Zan8u* base, Zan32s rs) {
-    const __m128i zero = _mm_setzero_si128();
-    __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
-    for (Zan32s y = 0; y < 16; ++y) {
-        __m128i c = load16(row(cur.p, cur.step, y));
+    return pass16x16(cur, [&](Zan32s y) {
         const Zan8u* u = row(base, rs, y);
-        __m128i u0 = load16a(u), u1 = load16a(u + 16), u2 = P + 22 >= 32 ? load16a(u + 32) : zero;
-        unroll<8>([&](auto k) {
-            acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(slide<P + decltype(k)::value, true>(u0, u1, u2), c));
-        });
-    }
-    return pack_sads(acc);
+        __m128i u0 = load16a(u), u1 = load16a(u + 16);
+        __m128i u2 = P + 22 >= 32 ? load16a(u + 32) : _mm_setzero_si128();
+        return [=](auto k) { return slide<P + decltype(k)::value, true>(u0, u1, u2); };
+    });
 }
 
 // Bytes P..P+15 of a row from the aligned units at u that hold bytes P..Last;
@@ -232,7 +237,7 @@ inline __m128i pass_u(const Current<B>& cur, const Zan8u* r, Zan32s rs) {
     } else if constexpr (B == 8) {
         return pass8x8(cur, r, rs);
     } else {
-        return pass16x16(cur, r, rs);
+        return pass16x16_u(cur, r, rs);
     }
 }
 
