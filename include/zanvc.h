@@ -192,6 +192,38 @@ ZanStatus zaniFrameFieldSAD16x16_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Za
 ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan32s* pFrameSAD,
                                             Zan32s* pFieldSAD);
 
+/* ==== mc: half-sample motion compensation and block arithmetic ==== */
+
+/* ==== end of mc ==== */
+
+/* ==== diff: block differencing for encoders ==== */
+
+/* ==== end of diff ==== */
+
+/* ==== dct: block DCT and scan ==== */
+
+/* ==== end of dct ==== */
+
+/* ==== blockstats: block statistics and transformed differences ==== */
+
+/* ==== end of blockstats ==== */
+
+/* ==== quant263: H.263 and MPEG-4 quantisation ==== */
+
+/* ==== end of quant263 ==== */
+
+/* ==== mpeg12: Huffman tables and MPEG-1/2 block coding ==== */
+
+/* ==== end of mpeg12 ==== */
+
+/* ==== h264inv: H.264 inverse transforms and dequantisation ==== */
+
+/* ==== end of h264inv ==== */
+
+/* ==== h264intra: H.264 intra prediction ==== */
+
+/* ==== end of h264intra ==== */
+
 #ifdef __cplusplus
 }
 #endif
