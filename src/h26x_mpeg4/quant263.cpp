@@ -239,10 +239,11 @@ void quant_inv_wrap_simd(Zan16s* p, Zan32s count, Zan32s QP) {
     for (Zan32s k = 0; k < count; k += 8) store16(p + k, _mm_mullo_epi16(load16(p + k), twoQP));
 }
 
-// (2 a + k) * w * QP in single precision: exact below 2^24, and a product at
-// or above 2^24 (capped there) saturates after the division by 16 anyway.
-// The sign is applied on 32-bit lanes so that packssdw saturates each side
-// exactly.
+// (2 a + k) * w * QP in single precision: exact below 2^24; a product at or
+// above 2^24 is rounded but still saturates after the division by 16, and
+// stays below 65537 * 255 * 511 < 2^33, so the truncating conversion of its
+// sixteenth never overflows.  The sign is applied on 32-bit lanes so that
+// packssdw saturates each side exactly.
 template <bool Intra>
 inline __m128i weighted_value(__m128i l32, __m128i w32, __m128 qp) {
     const __m128i zero = _mm_setzero_si128();
@@ -250,7 +251,6 @@ inline __m128i weighted_value(__m128i l32, __m128i w32, __m128 qp) {
     __m128i m = _mm_slli_epi32(a, 1);
     if constexpr (!Intra) m = _mm_sub_epi32(m, _mm_cmpgt_epi32(a, zero));
     __m128 prod = _mm_mul_ps(_mm_cvtepi32_ps(m), _mm_mul_ps(_mm_cvtepi32_ps(w32), qp));
-    prod = _mm_min_ps(prod, _mm_set1_ps(16777216.0f));
     __m128i v = _mm_cvttps_epi32(_mm_mul_ps(prod, _mm_set1_ps(1.0f / 16.0f)));
     return _mm_sign_epi32(v, l32);
 }
@@ -431,11 +431,14 @@ ZanStatus quant_inv_mpeg4(Zan16s* p, Zan32s indxLastNonZero, const ZanQuantInvSp
         }
         return zanStsOk;
     }
+    // The DC is reconstructed apart: the AC kernel's result at position 0 is
+    // replaced, and in the weighted sum too.
     const Zan32s dcValue = clamp(p[0] * dc_scaler(QP, chroma != 0), lim.lo, lim.hi);
     if (indxLastNonZero < 1) count = 0;
-    p[0] = 0;  // the DC is reconstructed apart; 0 stays 0 in every AC rule
     if (s->useWeights) {
-        Zan32s sum = kInvWeighted[1](p, count, s->weights, QP, lim.lo, lim.hi) + dcValue;
+        Zan32s sum = kInvWeighted[1](p, count, s->weights, QP, lim.lo, lim.hi);
+        if (count) sum -= p[0];
+        sum += dcValue;
         p[0] = static_cast<Zan16s>(dcValue);
         if (count == 0) {
             if ((dcValue & 1) == 0) p[63] = 1;
@@ -506,11 +509,9 @@ ZanStatus zaniQuantInvIntra_H263_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZero
         quant263::quant_inv_wrap_simd(pSrcDst, count, QP);
         return zanStsOk;
     }
-    const Zan32s dc = pSrcDst[0];
-    if (indxLastNonZero > 0) {
-        pSrcDst[0] = 0;
+    const Zan32s dc = pSrcDst[0];  // reconstructed apart: the kernel's result at 0 is replaced
+    if (indxLastNonZero > 0)
         quant263::quant_inv_simd(pSrcDst, count, QP, quant263::kH263Recon.lo, quant263::kH263Recon.hi);
-    }
     pSrcDst[0] = static_cast<Zan16s>(static_cast<Zan16u>(dc * 8));
     return zanStsOk;
 }
