@@ -22,7 +22,7 @@ constexpr Zan32s kQP = 12;
 
 struct Inputs {
     Buffer src{128}, levels{128}, weights{128}, work{128};
-    Buffer spec{512};
+    Buffer record{512};
     Inputs() {
         src.fill(1);
         levels.fill(2);
@@ -151,27 +151,27 @@ void add_exports() {
                [](Inputs&, Zan16s* p) { return zaniQuantInvIntra_H263_16s_C1I(p, 63, kQP, 0, 0); });
     auto fwd = [](bool intra, bool weighted, Zan32s depth) {
         return [=](Inputs& in) {
-            auto* spec = in.spec.as<ZanQuantSpec_MPEG4>();
+            auto* record = in.record.as<ZanQuantSpec_MPEG4>();
             const Zan8u* w = weighted ? weights8(in) : nullptr;
-            if (intra) zaniQuantIntraInit_MPEG4(w, spec, depth);
-            else zaniQuantInterInit_MPEG4(w, spec, depth);
+            if (intra) zaniQuantIntraInit_MPEG4(w, record, depth);
+            else zaniQuantInterInit_MPEG4(w, record, depth);
         };
     };
     auto inv = [](bool weighted) {
         return [=](Inputs& in) {
-            zaniQuantInvInterInit_MPEG4(weighted ? weights8(in) : nullptr, in.spec.as<ZanQuantInvSpec_MPEG4>(), 8);
+            zaniQuantInvInterInit_MPEG4(weighted ? weights8(in) : nullptr, in.record.as<ZanQuantInvSpec_MPEG4>(), 8);
         };
     };
     auto inter = [](Inputs& in, Zan16s* p) {
         Zan32s n;
-        return zaniQuantInter_MPEG4_16s_C1I(p, in.spec.as<ZanQuantSpec_MPEG4>(), kQP, &n);
+        return zaniQuantInter_MPEG4_16s_C1I(p, in.record.as<ZanQuantSpec_MPEG4>(), kQP, &n);
     };
     auto intra = [](Inputs& in, Zan16s* p) {
         Zan32s n;
-        return zaniQuantIntra_MPEG4_16s_C1I(p, in.spec.as<ZanQuantSpec_MPEG4>(), kQP, &n, 0);
+        return zaniQuantIntra_MPEG4_16s_C1I(p, in.record.as<ZanQuantSpec_MPEG4>(), kQP, &n, 0);
     };
     auto invInter = [](Inputs& in, Zan16s* p) {
-        return zaniQuantInvInter_MPEG4_16s_C1I(p, 63, in.spec.as<ZanQuantInvSpec_MPEG4>(), kQP);
+        return zaniQuantInvInter_MPEG4_16s_C1I(p, 63, in.record.as<ZanQuantInvSpec_MPEG4>(), kQP);
     };
     add_export("zaniQuantInter_MPEG4_16s_C1I:plain", false, fwd(false, false, 8), inter);
     add_export("zaniQuantInter_MPEG4_16s_C1I:plain12", false, fwd(false, false, 12), inter);

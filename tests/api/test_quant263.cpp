@@ -24,16 +24,16 @@ Coeffs filled(Zan16s v) {
 
 // Caller memory for a record, with the record's start deliberately off a
 // 16-byte boundary by `offset` bytes.
-template <class Spec, int Size>
+template <class Record, int Size>
 struct SpecBuffer {
     alignas(16) std::array<Zan8u, Size + 32> bytes;
     Zan32s offset;
     explicit SpecBuffer(Zan32s off = 3) : offset(off) { bytes.fill(0xCC); }
-    Spec* spec() { return reinterpret_cast<Spec*>(bytes.data() + offset); }
-    // The record as placed: the first 16-byte boundary at or after spec().
-    Spec* placed() {
-        auto a = (reinterpret_cast<std::uintptr_t>(spec()) + 15) & ~std::uintptr_t{15};
-        return reinterpret_cast<Spec*>(a);
+    Record* start() { return reinterpret_cast<Record*>(bytes.data() + offset); }
+    // The record as placed: the first 16-byte boundary at or after start().
+    Record* placed() {
+        auto a = (reinterpret_cast<std::uintptr_t>(start()) + 15) & ~std::uintptr_t{15};
+        return reinterpret_cast<Record*>(a);
     }
 };
 using FwdBuffer = SpecBuffer<ZanQuantSpec_MPEG4, 412>;
@@ -97,19 +97,19 @@ TEST(Quant263, InitChecksAreAsymmetric) {
     EXPECT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), nullptr, 3), zanStsNullPtr);
     EXPECT_EQ(zaniQuantIntraInit_MPEG4(w.data(), nullptr, 8), zanStsNullPtr);
     for (Zan32s depth : {3, 13, 0, -8}) {
-        EXPECT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), inv.spec(), depth), zanStsOutOfRange) << depth;
-        EXPECT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.spec(), depth), zanStsOutOfRange) << depth;
+        EXPECT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), inv.start(), depth), zanStsOutOfRange) << depth;
+        EXPECT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.start(), depth), zanStsOutOfRange) << depth;
     }
     EXPECT_EQ(inv.bytes, invBefore);
     // The forward records take any depth and store it.
-    EXPECT_EQ(zaniQuantIntraInit_MPEG4(w.data(), fwd.spec(), 3), zanStsOk);
+    EXPECT_EQ(zaniQuantIntraInit_MPEG4(w.data(), fwd.start(), 3), zanStsOk);
     EXPECT_EQ(fwd.placed()->sampleDepth, 3);
-    EXPECT_EQ(zaniQuantInterInit_MPEG4(nullptr, fwd.spec(), 13), zanStsOk);
+    EXPECT_EQ(zaniQuantInterInit_MPEG4(nullptr, fwd.start(), 13), zanStsOk);
     EXPECT_EQ(fwd.placed()->sampleDepth, 13);
     // ... and a quantiser then refuses every QP rather than read past its table.
     Coeffs c = filled(50);
     Zan32s n = -1;
-    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.spec(), 1, &n), zanStsQpBad);
+    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.start(), 1, &n), zanStsQpBad);
     EXPECT_EQ(c, filled(50));
 }
 
@@ -118,17 +118,17 @@ TEST(Quant263, InitPlacesTheRecordAndWritesItsIdentifier) {
     for (Zan32s off = 0; off < 16; ++off) {
         InvBuffer inv(off);
         FwdBuffer fwd(off);
-        ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), inv.spec(), 8), zanStsOk);
+        ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), inv.start(), 8), zanStsOk);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(inv.placed()) % 16, 0u);
         EXPECT_EQ(inv.placed()->identifier, 0x434D4152u);
         EXPECT_EQ(std::memcmp(&inv.placed()->identifier, "RAMC", 4), 0);
         // Bytes before the placed record stay as they were.
         for (Zan8u* b = inv.bytes.data() + off; b < reinterpret_cast<Zan8u*>(inv.placed()); ++b) EXPECT_EQ(*b, 0xCC);
-        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inv.spec(), 8), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inv.start(), 8), zanStsOk);
         EXPECT_EQ(std::memcmp(&inv.placed()->identifier, "SAMC", 4), 0);
-        ASSERT_EQ(zaniQuantIntraInit_MPEG4(w.data(), fwd.spec(), 8), zanStsOk);
+        ASSERT_EQ(zaniQuantIntraInit_MPEG4(w.data(), fwd.start(), 8), zanStsOk);
         EXPECT_EQ(std::memcmp(&fwd.placed()->identifier, "TAMC", 4), 0);
-        ASSERT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.spec(), 8), zanStsOk);
+        ASSERT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.start(), 8), zanStsOk);
         EXPECT_EQ(std::memcmp(&fwd.placed()->identifier, "UAMC", 4), 0);
     }
 }
@@ -137,7 +137,7 @@ TEST(Quant263, InitFillsTheWeightFields) {
     std::array<Zan8u, 64> w;
     for (int i = 0; i < 64; ++i) w[i] = static_cast<Zan8u>(i == 0 ? 1 : i == 1 ? 2 : i == 2 ? 255 : 3 * i + 1);
     FwdBuffer fwd;
-    ASSERT_EQ(zaniQuantIntraInit_MPEG4(w.data(), fwd.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantIntraInit_MPEG4(w.data(), fwd.start(), 8), zanStsOk);
     const ZanQuantSpec_MPEG4* s = fwd.placed();
     EXPECT_EQ(s->useWeights, 1);
     EXPECT_EQ(s->reciprocals.integer.reciprocal[0], 65535);  // not 65537
@@ -150,18 +150,18 @@ TEST(Quant263, InitFillsTheWeightFields) {
         }
         EXPECT_EQ(s->reciprocals.integer.weight[i], w[i]);
     }
-    ASSERT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.spec(), 10), zanStsOk);
+    ASSERT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.start(), 10), zanStsOk);
     for (int i = 0; i < 64; ++i) {
         EXPECT_EQ(s->halfWeights[i], w[i]);
         EXPECT_EQ(s->reciprocals.real[i], 1.0f / static_cast<float>(w[i]));
     }
     InvBuffer inv;
-    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inv.spec(), 12), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inv.start(), 12), zanStsOk);
     EXPECT_EQ(inv.placed()->sampleDepth, 12);
     EXPECT_EQ(inv.placed()->useWeights, 1);
     for (int i = 0; i < 64; ++i) EXPECT_EQ(inv.placed()->weights[i], w[i]);
     // Without weights: the flag drops and the old weights stay.
-    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.spec(), 9), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.start(), 9), zanStsOk);
     EXPECT_EQ(inv.placed()->useWeights, 0);
     EXPECT_EQ(inv.placed()->sampleDepth, 9);
     for (int i = 0; i < 64; ++i) EXPECT_EQ(inv.placed()->weights[i], w[i]);
@@ -172,14 +172,14 @@ TEST(Quant263, ZeroWeightStopsTheCopyAfterTheIdentifier) {
     w[10] = 0;
     InvBuffer inv;
     inv.placed()->useWeights = 77;
-    EXPECT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), inv.spec(), 8), zanStsQpBad);
+    EXPECT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), inv.start(), 8), zanStsQpBad);
     EXPECT_EQ(inv.placed()->identifier, 0x434D4152u);
     EXPECT_EQ(inv.placed()->useWeights, 77);
     for (int i = 0; i < 10; ++i) EXPECT_EQ(inv.placed()->weights[i], 20);
     EXPECT_EQ(inv.placed()->weights[10], 0xCCCC);
     FwdBuffer fwd;
     fwd.placed()->useWeights = 77;
-    EXPECT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.spec(), 8), zanStsQpBad);
+    EXPECT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.start(), 8), zanStsQpBad);
     EXPECT_EQ(fwd.placed()->identifier, 0x434D4155u);
     EXPECT_EQ(fwd.placed()->useWeights, 77);
     EXPECT_EQ(fwd.placed()->halfWeights[9], 10);
@@ -189,35 +189,35 @@ TEST(Quant263, ZeroWeightStopsTheCopyAfterTheIdentifier) {
 TEST(Quant263, Mpeg4StatusesInOrder) {
     FwdBuffer intra, inter;
     InvBuffer invIntra, invInter;
-    ASSERT_EQ(zaniQuantIntraInit_MPEG4(nullptr, intra.spec(), 8), zanStsOk);
-    ASSERT_EQ(zaniQuantInterInit_MPEG4(nullptr, inter.spec(), 8), zanStsOk);
-    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, invIntra.spec(), 8), zanStsOk);
-    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, invInter.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantIntraInit_MPEG4(nullptr, intra.start(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInterInit_MPEG4(nullptr, inter.start(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, invIntra.start(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, invInter.start(), 8), zanStsOk);
     Coeffs c = filled(300);
     Zan32s n = -5;
     // Null pointers first, whatever else is wrong.
-    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(nullptr, inter.spec(), 0, &n, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(nullptr, inter.start(), 0, &n, 0), zanStsNullPtr);
     EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), nullptr, 0, &n, 0), zanStsNullPtr);
-    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), inter.spec(), 0, nullptr, 0), zanStsNullPtr);
-    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), intra.spec(), 0, nullptr), zanStsNullPtr);
-    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(nullptr, 63, invInter.spec(), 0, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), inter.start(), 0, nullptr, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), intra.start(), 0, nullptr), zanStsNullPtr);
+    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(nullptr, 63, invInter.start(), 0, 0), zanStsNullPtr);
     EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, nullptr, 0), zanStsNullPtr);
     // Then the identifier, before QP: each record belongs to one function.
-    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), inter.spec(), 0, &n, 0), zanStsContextMismatch);
-    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), intra.spec(), 0, &n), zanStsContextMismatch);
-    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 63, reinterpret_cast<const ZanQuantInvSpec_MPEG4*>(intra.spec()), 5, 0),
+    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), inter.start(), 0, &n, 0), zanStsContextMismatch);
+    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), intra.start(), 0, &n), zanStsContextMismatch);
+    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 63, reinterpret_cast<const ZanQuantInvSpec_MPEG4*>(intra.start()), 5, 0),
               zanStsContextMismatch);
-    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 63, invInter.spec(), 0, 0), zanStsContextMismatch);
-    EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, invIntra.spec(), 5), zanStsContextMismatch);
+    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 63, invInter.start(), 0, 0), zanStsContextMismatch);
+    EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, invIntra.start(), 5), zanStsContextMismatch);
     // Then QP against the depth's maximum.
-    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), intra.spec(), 0, &n, 0), zanStsQpBad);
-    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), inter.spec(), 32, &n), zanStsQpBad);
-    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 63, invIntra.spec(), 32, 1), zanStsQpBad);
-    EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, invInter.spec(), -3), zanStsQpBad);
+    EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), intra.start(), 0, &n, 0), zanStsQpBad);
+    EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), inter.start(), 32, &n), zanStsQpBad);
+    EXPECT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 63, invIntra.start(), 32, 1), zanStsQpBad);
+    EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, invInter.start(), -3), zanStsQpBad);
     EXPECT_EQ(c, filled(300));
     EXPECT_EQ(n, -5);
     // The last index is not checked by the MPEG-4 inverse forms.
-    EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), -1, invInter.spec(), 5), zanStsOk);
+    EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), -1, invInter.start(), 5), zanStsOk);
     EXPECT_EQ(c, filled(300));
 }
 
@@ -226,15 +226,15 @@ TEST(Quant263, Mpeg4QpRangeFollowsTheDepth) {
     for (Zan32s depth = 4; depth <= 12; ++depth) {
         FwdBuffer fwd;
         InvBuffer inv;
-        ASSERT_EQ(zaniQuantInterInit_MPEG4(nullptr, fwd.spec(), depth), zanStsOk);
-        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.spec(), depth), zanStsOk);
+        ASSERT_EQ(zaniQuantInterInit_MPEG4(nullptr, fwd.start(), depth), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.start(), depth), zanStsOk);
         Coeffs c = filled(7);
         Zan32s n;
         const Zan32s top = maxQp[depth - 4];
-        EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.spec(), top, &n), zanStsOk) << depth;
-        EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.spec(), top + 1, &n), zanStsQpBad) << depth;
-        EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inv.spec(), top), zanStsOk) << depth;
-        EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inv.spec(), top + 1), zanStsQpBad) << depth;
+        EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.start(), top, &n), zanStsOk) << depth;
+        EXPECT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.start(), top + 1, &n), zanStsQpBad) << depth;
+        EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inv.start(), top), zanStsOk) << depth;
+        EXPECT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inv.start(), top + 1), zanStsQpBad) << depth;
     }
 }
 
@@ -381,41 +381,41 @@ constexpr Zan32s kChromaScaler[31] = {8,  8,  8,  8,  9,  9,  10, 10, 11, 11, 12
 
 TEST(Quant263, Mpeg4DcScaler) {
     InvBuffer inv;
-    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, inv.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, inv.start(), 8), zanStsOk);
     for (Zan32s qp = 1; qp <= 31; ++qp)
         for (Zan32s chroma : {0, 1, 0x100}) {
             Coeffs c = filled(0);
             c[0] = 1;
-            ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.spec(), qp, chroma), zanStsOk);
+            ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.start(), qp, chroma), zanStsOk);
             EXPECT_EQ(c[0], (chroma ? kChromaScaler : kLumaScaler)[qp - 1]) << qp << " " << chroma;
         }
     // Above 31 (depths above 8) the last formulas go on.
-    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, inv.spec(), 12), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, inv.start(), 12), zanStsOk);
     Coeffs c = filled(0);
     c[0] = 1;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.spec(), 511, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.start(), 511, 0), zanStsOk);
     EXPECT_EQ(c[0], 2 * 511 - 16);
     c[0] = 1;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.spec(), 511, 1), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.start(), 511, 1), zanStsOk);
     EXPECT_EQ(c[0], 511 - 6);
     // The DC value is limited to the depth's range.
-    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, inv.spec(), 5), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(nullptr, inv.start(), 5), zanStsOk);
     c[0] = 100;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.spec(), 3, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.start(), 3, 0), zanStsOk);
     EXPECT_EQ(c[0], 255);
     c[0] = -100;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.spec(), 3, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, inv.start(), 3, 0), zanStsOk);
     EXPECT_EQ(c[0], -256);
 }
 
 TEST(Quant263, Mpeg4ForwardDc) {
     FwdBuffer fwd;
-    ASSERT_EQ(zaniQuantIntraInit_MPEG4(nullptr, fwd.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantIntraInit_MPEG4(nullptr, fwd.start(), 8), zanStsOk);
     auto dc = [&](Zan32s value, Zan32s qp, Zan32s chroma) {
         Coeffs c = filled(0);
         c[0] = static_cast<Zan16s>(value);
         Zan32s n = -1;
-        EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), fwd.spec(), qp, &n, chroma), zanStsOk);
+        EXPECT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), fwd.start(), qp, &n, chroma), zanStsOk);
         EXPECT_EQ(n, c[0] != 0);
         return c[0];
     };
@@ -450,15 +450,15 @@ TEST(Quant263, Mpeg4LimitsAtEveryDepth) {
         FwdBuffer fwd;
         InvBuffer inv, invW;
         auto w = flat_weights(255);
-        ASSERT_EQ(zaniQuantInterInit_MPEG4(nullptr, fwd.spec(), depth), zanStsOk);
-        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.spec(), depth), zanStsOk);
-        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), invW.spec(), depth), zanStsOk);
+        ASSERT_EQ(zaniQuantInterInit_MPEG4(nullptr, fwd.start(), depth), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, inv.start(), depth), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), invW.start(), depth), zanStsOk);
         Coeffs c = filled(0);
         c[0] = 32767;
         c[1] = -32768;
         c[2] = 20;
         Zan32s n;
-        ASSERT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.spec(), 1, &n), zanStsOk);
+        ASSERT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.start(), 1, &n), zanStsOk);
         EXPECT_EQ(c[0], hi < 16383 ? hi : 16383) << depth;
         EXPECT_EQ(c[1], lo > -16384 ? lo : -16384) << depth;
         EXPECT_EQ(c[2], 10);
@@ -467,14 +467,14 @@ TEST(Quant263, Mpeg4LimitsAtEveryDepth) {
         c[0] = 32767;
         c[1] = -32768;
         c[2] = 1;
-        ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 2, inv.spec(), 1), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 2, inv.start(), 1), zanStsOk);
         EXPECT_EQ(c[0], hi) << depth;
         EXPECT_EQ(c[1], lo) << depth;
         EXPECT_EQ(c[2], 3);
         c = filled(0);
         c[0] = 32767;
         c[1] = -32768;
-        ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 1, invW.spec(), 1), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 1, invW.start(), 1), zanStsOk);
         EXPECT_EQ(c[0], hi) << depth;
         EXPECT_EQ(c[1], lo) << depth;
     }
@@ -483,62 +483,62 @@ TEST(Quant263, Mpeg4LimitsAtEveryDepth) {
 TEST(Quant263, Mpeg4MismatchControlTogglesCoefficient63) {
     auto w = flat_weights(16);
     InvBuffer inter, intra;
-    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inter.spec(), 8), zanStsOk);
-    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), intra.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inter.start(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), intra.start(), 8), zanStsOk);
     Coeffs c = filled(0);
     c[3] = 1;  // (2 + 1) * 16 * 1 / 16 = 3: odd sum, nothing toggled
-    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 3, inter.spec(), 1), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 3, inter.start(), 1), zanStsOk);
     EXPECT_EQ(c[3], 3);
     EXPECT_EQ(c[63], 0);
     c = filled(0);
     c[3] = 1;
     c[4] = -1;  // 3 - 3 = 0: even, 0 becomes 1
-    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 4, inter.spec(), 1), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 4, inter.start(), 1), zanStsOk);
     EXPECT_EQ(c[4], -3);
     EXPECT_EQ(c[63], 1);
     c = filled(0);
     c[0] = 1;
     c[63] = 1;  // 3 + 3 = 6: even, the odd 3 is lowered to 2
-    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inter.spec(), 1), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inter.start(), 1), zanStsOk);
     EXPECT_EQ(c[0], 3);
     EXPECT_EQ(c[63], 2);
     c = filled(0);
     c[62] = -1;
     c[63] = -2;  // -3 + -(5 * 16 / 16 = 5) = -8: even, -5 becomes -6
-    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inter.spec(), 1), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inter.start(), 1), zanStsOk);
     EXPECT_EQ(c[62], -3);
     EXPECT_EQ(c[63], -6);
     // Without weights nothing is toggled.
     InvBuffer plain;
-    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, plain.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(nullptr, plain.start(), 8), zanStsOk);
     c = filled(0);
     c[3] = 1;
     c[4] = 1;
-    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 4, plain.spec(), 1), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 4, plain.start(), 1), zanStsOk);
     EXPECT_EQ(c[63], 0);
     // Intra: the DC joins the sum.  QP 9, scaler 17: DC 17 plus AC 2*1*16*9/16 = 18.
     c = filled(0);
     c[0] = 1;
     c[1] = 1;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 1, intra.spec(), 9, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 1, intra.start(), 9, 0), zanStsOk);
     EXPECT_EQ(c[0], 17);
     EXPECT_EQ(c[1], 18);
     EXPECT_EQ(c[63], 0);  // 35 is odd
     c = filled(0);
     c[0] = 2;
     c[1] = 1;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 1, intra.spec(), 9, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 1, intra.start(), 9, 0), zanStsOk);
     EXPECT_EQ(c[63], 1);  // 34 + 18 is even
     // Intra with only the DC: an even DC sets coefficient 63 to 1.
     c = filled(0);
     c[0] = 2;
     c[63] = 6;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, intra.spec(), 9, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, intra.start(), 9, 0), zanStsOk);
     EXPECT_EQ(c[0], 34);
     EXPECT_EQ(c[63], 1);
     c[0] = 1;
     c[63] = 6;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, intra.spec(), 9, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 0, intra.start(), 9, 0), zanStsOk);
     EXPECT_EQ(c[0], 17);
     EXPECT_EQ(c[63], 6);
 }
@@ -547,20 +547,20 @@ TEST(Quant263, Mpeg4WeightedInverseKnownAnswers) {
     std::array<Zan8u, 64> w;
     for (int i = 0; i < 64; ++i) w[i] = static_cast<Zan8u>(8 + i);
     InvBuffer inter, intra;
-    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inter.spec(), 8), zanStsOk);
-    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), intra.spec(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inter.start(), 8), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntraInit_MPEG4(w.data(), intra.start(), 8), zanStsOk);
     Coeffs c = filled(0);
     c[1] = 2;   // (4 + 1) * 9 * 3 / 16 = 135 / 16 = 8
     c[2] = -2;  // -8, toward zero
     c[9] = 7;   // beyond the group of index 2
-    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 2, inter.spec(), 3), zanStsOk);
+    ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 2, inter.start(), 3), zanStsOk);
     EXPECT_EQ(c[1], 8);
     EXPECT_EQ(c[2], -(5 * 10 * 3 / 16));
     EXPECT_EQ(c[9], 7);
     c = filled(0);
     c[1] = 3;  // intra: 6 * 9 * 5 / 16 = 270 / 16 = 16
     c[2] = -3;
-    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 2, intra.spec(), 5, 0), zanStsOk);
+    ASSERT_EQ(zaniQuantInvIntra_MPEG4_16s_C1I(c.data(), 2, intra.start(), 5, 0), zanStsOk);
     EXPECT_EQ(c[1], 16);
     EXPECT_EQ(c[2], -(6 * 10 * 5 / 16));
 }
@@ -580,15 +580,15 @@ TEST(Quant263, WeightedForwardIsExactDivision) {
         for (Zan32s w = 1; w <= 255; ++w) {
             auto weights = flat_weights(static_cast<Zan8u>(w));
             FwdBuffer intra, inter;
-            ASSERT_EQ(zaniQuantIntraInit_MPEG4(weights.data(), intra.spec(), k.depth), zanStsOk);
-            ASSERT_EQ(zaniQuantInterInit_MPEG4(weights.data(), inter.spec(), k.depth), zanStsOk);
+            ASSERT_EQ(zaniQuantIntraInit_MPEG4(weights.data(), intra.start(), k.depth), zanStsOk);
+            ASSERT_EQ(zaniQuantInterInit_MPEG4(weights.data(), inter.start(), k.depth), zanStsOk);
             for (Zan32s qp : k.qps)
                 for (Zan32s base = 0; base < 4096; base += 64) {
                     Coeffs a, b;
                     for (int i = 0; i < 64; ++i) a[i] = b[i] = static_cast<Zan16s>(-(base + i));
                     Zan32s n;
-                    ASSERT_EQ(zaniQuantIntra_MPEG4_16s_C1I(a.data(), intra.spec(), qp, &n, 0), zanStsOk);
-                    ASSERT_EQ(zaniQuantInter_MPEG4_16s_C1I(b.data(), inter.spec(), qp, &n), zanStsOk);
+                    ASSERT_EQ(zaniQuantIntra_MPEG4_16s_C1I(a.data(), intra.start(), qp, &n, 0), zanStsOk);
+                    ASSERT_EQ(zaniQuantInter_MPEG4_16s_C1I(b.data(), inter.start(), qp, &n), zanStsOk);
                     for (int i = 0; i < 64; ++i) {
                         Zan32s mag = base + i, t = (16 * mag + w / 2) / w;
                         // Negative levels stop at the lower limit, -(hi + 1).
@@ -612,14 +612,14 @@ TEST(Quant263, WeightedForwardIsExactDivision) {
 TEST(Quant263, UnweightedForwardAgainstExactDivision) {
     for (Zan32s depth : {8, 12}) {
         FwdBuffer fwd;
-        ASSERT_EQ(zaniQuantIntraInit_MPEG4(nullptr, fwd.spec(), depth), zanStsOk);
+        ASSERT_EQ(zaniQuantIntraInit_MPEG4(nullptr, fwd.start(), depth), zanStsOk);
         const Zan32s top = depth == 8 ? 31 : 511;
         for (Zan32s qp = 1; qp <= top; ++qp)
             for (Zan32s base = 0; base <= 32768; base += 64) {
                 Coeffs c;
                 for (int i = 0; i < 64; ++i) c[i] = static_cast<Zan16s>(base + i > 32767 ? 32767 : base + i);
                 Zan32s n;
-                ASSERT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), fwd.spec(), qp, &n, 0), zanStsOk);
+                ASSERT_EQ(zaniQuantIntra_MPEG4_16s_C1I(c.data(), fwd.start(), qp, &n, 0), zanStsOk);
                 for (int i = 1; i < 64; ++i) {
                     Zan32s t = base + i > 32767 ? 32767 : base + i;
                     Zan32s exact = t / (2 * qp), hi = (1 << (depth + 3)) - 1;
@@ -671,11 +671,11 @@ TEST(Quant263, PairsLandWithinOneStep) {
         for (auto& x : w) x = static_cast<Zan8u>(weight(gen));
         FwdBuffer fwd;
         InvBuffer inv;
-        ASSERT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.spec(), 8), zanStsOk);
-        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inv.spec(), 8), zanStsOk);
+        ASSERT_EQ(zaniQuantInterInit_MPEG4(w.data(), fwd.start(), 8), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInterInit_MPEG4(w.data(), inv.start(), 8), zanStsOk);
         c = orig;
-        ASSERT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.spec(), qp, &n), zanStsOk);
-        ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inv.spec(), qp), zanStsOk);
+        ASSERT_EQ(zaniQuantInter_MPEG4_16s_C1I(c.data(), fwd.start(), qp, &n), zanStsOk);
+        ASSERT_EQ(zaniQuantInvInter_MPEG4_16s_C1I(c.data(), 63, inv.start(), qp), zanStsOk);
         for (int i = 0; i < 64; ++i) {
             Zan32s step = (2 * qp * w[i] + 15) / 16;
             EXPECT_LE(std::abs(c[i] - orig[i]), step + 1) << "MPEG-4 QP " << qp << " w " << int(w[i]) << " c " << orig[i];
