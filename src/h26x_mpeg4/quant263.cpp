@@ -340,19 +340,31 @@ Zan32s dc_level(Zan32s dc, Zan32s QP, Zan32s s) {
     return clamp(level, -2047, 2047);
 }
 
-template <bool Intra>
-ZanStatus init_forward(const Zan8u* pWeights, ZanQuantSpec_MPEG4* pSpec, Zan32s depth) {
-    if (!pSpec) return zanStsNullPtr;
-    ZanQuantSpec_MPEG4* s = placed(pSpec);
-    s->identifier = Intra ? ZAN_QUANT_INTRA_SPEC_ID : ZAN_QUANT_INTER_SPEC_ID;
+// Writes the identifier and the depth, then the weights one after another
+// through store(i, w); a zero weight stops with -192 before useWeights is
+// touched.
+template <class Record, class Store>
+ZanStatus fill_record(Record* s, Zan32u identifier, Zan32s depth, const Zan8u* pWeights, Store store) {
+    s->identifier = identifier;
     s->sampleDepth = depth;
     if (!pWeights) {
         s->useWeights = 0;
         return zanStsOk;
     }
     for (int i = 0; i < 64; ++i) {
-        Zan32s w = pWeights[i];
-        if (w == 0) return zanStsQpBad;
+        if (pWeights[i] == 0) return zanStsQpBad;
+        store(i, static_cast<Zan32s>(pWeights[i]));
+    }
+    s->useWeights = 1;
+    return zanStsOk;
+}
+
+template <bool Intra>
+ZanStatus init_forward(const Zan8u* pWeights, ZanQuantSpec_MPEG4* pSpec, Zan32s depth) {
+    if (!pSpec) return zanStsNullPtr;
+    ZanQuantSpec_MPEG4* s = placed(pSpec);
+    const Zan32u id = Intra ? ZAN_QUANT_INTRA_SPEC_ID : ZAN_QUANT_INTER_SPEC_ID;
+    return fill_record(s, id, depth, pWeights, [s, depth](int i, Zan32s w) {
         if (depth <= 8) {
             s->halfWeights[i] = static_cast<Zan16u>(w / 2);
             s->reciprocals.integer.reciprocal[i] = static_cast<Zan16u>(w == 1 ? 65535 : 65536 / w + 1);
@@ -361,9 +373,7 @@ ZanStatus init_forward(const Zan8u* pWeights, ZanQuantSpec_MPEG4* pSpec, Zan32s 
             s->halfWeights[i] = static_cast<Zan16u>(w);
             s->reciprocals.real[i] = 1.0f / static_cast<float>(w);
         }
-    }
-    s->useWeights = 1;
-    return zanStsOk;
+    });
 }
 
 template <bool Intra>
@@ -371,18 +381,9 @@ ZanStatus init_inverse(const Zan8u* pWeights, ZanQuantInvSpec_MPEG4* pSpec, Zan3
     if (!pSpec) return zanStsNullPtr;
     if (depth < 4 || depth > 12) return zanStsOutOfRange;
     ZanQuantInvSpec_MPEG4* s = placed(pSpec);
-    s->identifier = Intra ? ZAN_QUANT_INV_INTRA_SPEC_ID : ZAN_QUANT_INV_INTER_SPEC_ID;
-    s->sampleDepth = depth;
-    if (!pWeights) {
-        s->useWeights = 0;
-        return zanStsOk;
-    }
-    for (int i = 0; i < 64; ++i) {
-        if (pWeights[i] == 0) return zanStsQpBad;
-        s->weights[i] = pWeights[i];
-    }
-    s->useWeights = 1;
-    return zanStsOk;
+    const Zan32u id = Intra ? ZAN_QUANT_INV_INTRA_SPEC_ID : ZAN_QUANT_INV_INTER_SPEC_ID;
+    return fill_record(s, id, depth, pWeights,
+                       [s](int i, Zan32s w) { s->weights[i] = static_cast<Zan16u>(w); });
 }
 
 template <bool Intra>
