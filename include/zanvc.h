@@ -210,6 +210,137 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
 
 /* ==== quant263: H.263 and MPEG-4 quantisation ==== */
 
+/* One 8x8 block of Zan16s coefficients in raster order, quantised or
+ * dequantised in place.  No alignment is needed.
+ *
+ * H.263 forward quantisers.  Checks, in order: pSrcDst null -8; QP outside
+ * 1..31 -192.  pCountNonZero is not checked: when it is null the count is not
+ * written, otherwise it receives the number of nonzero levels of the block.
+ * A coefficient c of magnitude a becomes, with the sign of c,
+ *   inter: ((a - QP/2, at least 0) * (32768/QP + 1)) >> 16
+ *   intra: (a * (32768/QP + 1)) >> 16
+ * (for QP 1 this is c / 2 rounded toward zero).  The levels are limited to
+ * -127..127 when QP is below 8 and modQuantFlag is 0; otherwise they are not
+ * limited.  Intra without advIntraFlag: the DC is quantised apart as
+ * (dc + 4) >> 3, with a result of 0 stored as 1 and one of 255 as 254.
+ * With advIntraFlag all 64 coefficients take the intra rule, limited to
+ * -127..127 unless modQuantFlag is set. */
+ZanStatus zaniQuantIntra_H263_16s_C1I(Zan16s* pSrcDst, Zan32s QP, Zan32s* pCountNonZero, Zan32s advIntraFlag,
+                                      Zan32s modQuantFlag);
+ZanStatus zaniQuantInter_H263_16s_C1I(Zan16s* pSrcDst, Zan32s QP, Zan32s* pCountNonZero, Zan32s modQuantFlag);
+
+/* H.263 inverse quantisers.  Checks, in order: pSrcDst null -8; QP outside
+ * 1..31 -192; indxLastNonZero negative -11.  Only the groups of 8
+ * coefficients from 0 up to the group of indxLastNonZero are touched (all of
+ * each such group); an index above 63 counts as 63.  A nonzero level l
+ * becomes l * 2 * QP + sign(l) * (QP odd ? QP : QP - 1), limited to
+ * -2048..2047; zero stays zero (modQuantFlag selects the same arithmetic).
+ * Intra without advIntraFlag: the DC becomes DC * 8 (16-bit wrap), and the
+ * AC coefficients are treated only when indxLastNonZero is above 0.
+ * Intra with advIntraFlag: every coefficient of the groups, DC included,
+ * becomes l * 2 * QP in wrapping 16-bit arithmetic, with no offset and no
+ * limit. */
+ZanStatus zaniQuantInvIntra_H263_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZero, Zan32s QP, Zan32s advIntraFlag,
+                                         Zan32s modQuantFlag);
+ZanStatus zaniQuantInvInter_H263_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZero, Zan32s QP, Zan32s modQuantFlag);
+
+/* MPEG-4 quantiser records.  The caller asks GetSize for the size, provides
+ * that many bytes at any address, and Init places the record at the first
+ * 16-byte boundary inside them; every later call rounds pSpec up the same
+ * way.  A record may be shared by threads once built.
+ *
+ * Identifiers (the 32-bit little-endian word of four characters): */
+#define ZAN_QUANT_INV_INTRA_SPEC_ID 0x434D4152u /* "RAMC" */
+#define ZAN_QUANT_INV_INTER_SPEC_ID 0x434D4153u /* "SAMC" */
+#define ZAN_QUANT_INTRA_SPEC_ID     0x434D4154u /* "TAMC" */
+#define ZAN_QUANT_INTER_SPEC_ID     0x434D4155u /* "UAMC" */
+
+/* The record of the inverse quantisers (140 bytes; GetSize reports 156). */
+typedef struct {
+    Zan16u weights[64];  /* weight matrix as the caller gave it, raster order */
+    Zan32s sampleDepth;  /* bits per sample, 4..12 */
+    Zan32s useWeights;   /* 1 if a matrix was given, 0 if not */
+    Zan32u identifier;   /* ZAN_QUANT_INV_INTRA_SPEC_ID or ZAN_QUANT_INV_INTER_SPEC_ID */
+} ZanQuantInvSpec_MPEG4;
+
+/* The record of the forward quantisers (396 bytes; GetSize reports 412). */
+typedef struct {
+    Zan16u halfWeights[64]; /* weight / 2 for depths up to 8, the weight itself above 8 */
+    union {
+        struct {
+            Zan16u reciprocal[64]; /* 65536 / weight + 1, truncating; 65535 for a weight of 1 */
+            Zan16u weight[64];     /* the weight itself */
+        } integer;                 /* depths up to 8 */
+        Zan32f real[64];           /* 1.0f / weight, depths above 8 */
+    } reciprocals;
+    Zan32s sampleDepth; /* bits per sample */
+    Zan32s useWeights;  /* 1 or 0 */
+    Zan32u identifier;  /* ZAN_QUANT_INTRA_SPEC_ID or ZAN_QUANT_INTER_SPEC_ID */
+} ZanQuantSpec_MPEG4;
+
+/* *pSize receives 412 (forward) or 156 (inverse).  pSize null: -8. */
+ZanStatus zaniQuantIntraGetSize_MPEG4(Zan32s* pSize);
+ZanStatus zaniQuantInterGetSize_MPEG4(Zan32s* pSize);
+ZanStatus zaniQuantInvIntraGetSize_MPEG4(Zan32s* pSize);
+ZanStatus zaniQuantInvInterGetSize_MPEG4(Zan32s* pSize);
+
+/* Builds a record in the caller's buffer pSpec.  pWeights (64 weights in
+ * raster order) may be null: then useWeights is 0 and the weight fields keep
+ * what they held.  Checks: pSpec null -8; the inverse forms refuse a
+ * sampleDepth outside 4..12 with -11 (nothing written); the forward forms
+ * store any depth unchecked (a depth outside 4..12 then makes every
+ * quantiser call fail with -192).  The identifier and the depth are written
+ * first, then the weights one after another; a zero weight stops the copy
+ * with -192, leaving useWeights as it was and the weights before it in
+ * place.  On success useWeights is 1 when weights were given. */
+ZanStatus zaniQuantIntraInit_MPEG4(const Zan8u* pWeights, ZanQuantSpec_MPEG4* pSpec, Zan32s sampleDepth);
+ZanStatus zaniQuantInterInit_MPEG4(const Zan8u* pWeights, ZanQuantSpec_MPEG4* pSpec, Zan32s sampleDepth);
+ZanStatus zaniQuantInvIntraInit_MPEG4(const Zan8u* pWeights, ZanQuantInvSpec_MPEG4* pSpec, Zan32s sampleDepth);
+ZanStatus zaniQuantInvInterInit_MPEG4(const Zan8u* pWeights, ZanQuantInvSpec_MPEG4* pSpec, Zan32s sampleDepth);
+
+/* MPEG-4 quantisers.  Checks, in order: a null pointer -8 (pSrcDst, pSpec,
+ * and pCountNonZero in the forward forms); an identifier that is not the
+ * function's -17; QP below 1 or above 2^(depth - 3) - 1 (31 for depth 8,
+ * 511 for depth 12) -192.  The depth's limits are -2^(depth + 3) and
+ * 2^(depth + 3) - 1 (-2048..2047 for depth 8).
+ *
+ * Intra DC scaler s: 8 for QP below 5; luma: 2 QP up to QP 8, QP + 8 up to
+ * 24, 2 QP - 16 above; chroma (chromaFlag nonzero): (QP + 13) >> 1 up to QP
+ * 24, QP - 6 above.
+ *
+ * Forward, all 64 coefficients; *pCountNonZero receives the number of
+ * nonzero levels.  Coefficient c of magnitude a, levels with the sign of c,
+ * limited to the depth's limits:
+ *   without weights, depth up to 8: as the H.263 rule above;
+ *   without weights, depth above 8: (int)(t * (0.5000001f / QP)) in single
+ *     precision, t = a (intra) or max(a - QP/2, 0) (inter);
+ *   with weights w: (16 a + w/2 + d w) / (2 QP w) exactly, d = (3 QP + 2) >> 2
+ *     for intra and 0 for inter, which is ((16 a + w/2) / w + d) / (2 QP).
+ * Intra DC: s = 8 (QP below 5): (dc + 4) >> 3 for dc of 4 or more,
+ * (dc + 3) >> 3 below -3, else 0; otherwise dc >= (s + 1) >> 1 gives
+ * (dc + s/2) / s, dc <= -((s + 1) >> 1) gives (dc - s/2) / s, else 0;
+ * limited to -2047..2047.
+ *
+ * Inverse: only the groups of 8 coefficients up to the group of
+ * indxLastNonZero are touched (an index above 63 counts as 63, a negative
+ * one leaves no group); the index is not checked.  Without weights each
+ * level takes the H.263 rule with the depth's limits.  With weights:
+ * ((2 l + k) * w * QP) / 16 rounded toward zero, k = 0 for intra and sign(l)
+ * for inter, limited to the depth's limits; then, if the sum of the
+ * reconstructed coefficients is even, the lowest bit of coefficient 63 is
+ * toggled.  Intra DC: level * s, limited to the depth's limits, AC treated
+ * only when indxLastNonZero is above 0; with weights the DC joins the sum,
+ * and when indxLastNonZero is below 1 an even DC value sets coefficient 63
+ * to 1 instead. */
+ZanStatus zaniQuantIntra_MPEG4_16s_C1I(Zan16s* pSrcDst, const ZanQuantSpec_MPEG4* pSpec, Zan32s QP,
+                                       Zan32s* pCountNonZero, Zan32s chromaFlag);
+ZanStatus zaniQuantInter_MPEG4_16s_C1I(Zan16s* pSrcDst, const ZanQuantSpec_MPEG4* pSpec, Zan32s QP,
+                                       Zan32s* pCountNonZero);
+ZanStatus zaniQuantInvIntra_MPEG4_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZero,
+                                          const ZanQuantInvSpec_MPEG4* pSpec, Zan32s QP, Zan32s chromaFlag);
+ZanStatus zaniQuantInvInter_MPEG4_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZero,
+                                          const ZanQuantInvSpec_MPEG4* pSpec, Zan32s QP);
+
 /* ==== end of quant263 ==== */
 
 /* ==== mpeg12: Huffman tables and MPEG-1/2 block coding ==== */
