@@ -355,6 +355,38 @@ ZanStatus zaniQuantInvInter_MPEG4_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZer
 
 /* ==== end of h264intra ==== */
 
+/* ==== h264deblock: H.264 deblocking ==== */
+
+/* ==== end of h264deblock ==== */
+
+/* ==== h264fwd: H.264 forward transforms and quantisation ==== */
+
+/* ==== end of h264fwd ==== */
+
+/* ==== vc1xform: VC-1 transforms and quantisation ==== */
+
+/* ==== end of vc1xform ==== */
+
+/* ==== coefdec: H.261, H.263 and MPEG-4 coefficient decoding ==== */
+
+/* ==== end of coefdec ==== */
+
+/* ==== coefenc: H.261, H.263 and MPEG-4 coefficient encoding ==== */
+
+/* ==== end of coefenc ==== */
+
+/* ==== cavlcdec: H.264 CAVLC and Exp-Golomb decoding ==== */
+
+/* ==== end of cavlcdec ==== */
+
+/* ==== h264weight: H.264 weighted prediction ==== */
+
+/* ==== end of h264weight ==== */
+
+/* ==== h264interp: H.264 interpolation and picture boundaries ==== */
+
+/* ==== end of h264interp ==== */
+
 #ifdef __cplusplus
 }
 #endif
