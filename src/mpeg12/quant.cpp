@@ -228,11 +228,17 @@ Zan32s count_simd(const Zan16s* p) {
     return nonzero_from(zeros);
 }
 
-// Mismatch control on eight result rows held in registers, then the stores.
-template <bool A>
-inline void mismatch_store(Zan16s* p, __m128i (&r)[8]) {
-    __m128i acc = r[0];
-    for (int k = 1; k < 8; ++k) acc = _mm_adds_epi16(acc, r[k]);
+// Rows 0..6 of the result are stored as they come, summed into saturating
+// lane accumulators; row 7 waits for mismatch control.  row(k, x) gives
+// result row k from input row x.
+template <bool A, class Row>
+inline void rows_with_mismatch(Zan16s* p, Row row) {
+    __m128i acc = _mm_setzero_si128(), r = _mm_setzero_si128();
+    for (int k = 0; k < 8; ++k) {
+        r = row(k, ld<A>(p + 8 * k));
+        acc = _mm_adds_epi16(acc, r);
+        if (k < 7) st<A>(p + 8 * k, r);
+    }
     acc = _mm_adds_epi16(acc, _mm_srli_si128(acc, 8));
     __m128i odd = _mm_and_si128(acc, _mm_set1_epi16(1));
     odd = _mm_xor_si128(odd, _mm_srli_si128(odd, 4));
@@ -240,32 +246,26 @@ inline void mismatch_store(Zan16s* p, __m128i (&r)[8]) {
     // Lane 0 of odd is the parity of the count of odd lanes; an even count
     // flips the low bit of entry 63.
     const Zan32s flip = (_mm_cvtsi128_si32(odd) & 1) ^ 1;
-    r[7] = _mm_xor_si128(r[7], _mm_slli_si128(_mm_cvtsi32_si128(flip), 14));
-    for (int k = 0; k < 8; ++k) st<A>(p + 8 * k, r[k]);
+    st<A>(p + 56, _mm_xor_si128(r, _mm_slli_si128(_mm_cvtsi32_si128(flip), 14)));
 }
 
 template <bool A>
 void inv_intra_simd(Zan16s* p, Zan32s QP, const Zan16s* W) {
     const __m128i qp = _mm_set1_epi16(static_cast<Zan16s>(QP)), fifteen = _mm_set1_epi16(15);
     const Zan16s x0 = p[0];
-    __m128i r[8];
-    for (int k = 0; k < 8; ++k) {
-        __m128i x = ld<A>(p + 8 * k);
+    rows_with_mismatch<A>(p, [&](int k, __m128i x) {
         __m128i v = _mm_mullo_epi16(_mm_mullo_epi16(x, qp), ld<A>(W + 8 * k));
         v = _mm_adds_epi16(v, _mm_and_si128(_mm_srai_epi16(x, 15), fifteen));
-        r[k] = _mm_srai_epi16(v, 4);
-    }
-    r[0] = _mm_insert_epi16(r[0], x0, 0);
-    mismatch_store<A>(p, r);
+        v = _mm_srai_epi16(v, 4);
+        return k == 0 ? _mm_insert_epi16(v, x0, 0) : v;
+    });
 }
 
 template <bool A>
 void inv_matrix_simd(Zan16s* p, Zan32s QP, const Zan16s* W) {
     const __m128i qp = _mm_set1_epi16(static_cast<Zan16s>(QP)), fifteen = _mm_set1_epi16(15);
     const __m128i zero = _mm_setzero_si128();
-    __m128i r[8];
-    for (int k = 0; k < 8; ++k) {
-        __m128i x = ld<A>(p + 8 * k);
+    rows_with_mismatch<A>(p, [&](int k, __m128i x) {
         __m128i wq = _mm_mullo_epi16(ld<A>(W + 8 * k), qp);
         __m128i v = _mm_mullo_epi16(x, wq);
         __m128i h = _mm_andnot_si128(_mm_cmpeq_epi16(x, zero), _mm_srli_epi16(wq, 1));
@@ -273,25 +273,21 @@ void inv_matrix_simd(Zan16s* p, Zan32s QP, const Zan16s* W) {
         h = _mm_sub_epi16(_mm_xor_si128(h, neg), neg);
         __m128i q = _mm_adds_epi16(v, h);
         q = _mm_adds_epi16(q, _mm_and_si128(neg, fifteen));
-        r[k] = _mm_srai_epi16(q, 4);
-    }
-    mismatch_store<A>(p, r);
+        return _mm_srai_epi16(q, 4);
+    });
 }
 
 template <bool A>
 void inv_flat_simd(Zan16s* p, Zan32s QP, const Zan16s*) {
     const __m128i qp = _mm_set1_epi16(static_cast<Zan16s>(QP)), one = _mm_set1_epi16(1);
     const __m128i lo = _mm_set1_epi16(-2048), hi = _mm_set1_epi16(2047);
-    __m128i r[8];
-    for (int k = 0; k < 8; ++k) {
-        __m128i x = ld<A>(p + 8 * k);
+    rows_with_mismatch<A>(p, [&](int, __m128i x) {
         __m128i t = _mm_adds_epi16(_mm_adds_epi16(x, x), _mm_sign_epi16(one, x));
         t = _mm_mullo_epi16(t, qp);
         t = _mm_adds_epi16(t, _mm_and_si128(_mm_srai_epi16(x, 15), one));
         t = _mm_srai_epi16(t, 1);
-        r[k] = _mm_max_epi16(_mm_min_epi16(t, hi), lo);
-    }
-    mismatch_store<A>(p, r);
+        return _mm_max_epi16(_mm_min_epi16(t, hi), lo);
+    });
 }
 
 // ===================================================== kernel tables
