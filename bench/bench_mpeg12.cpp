@@ -80,10 +80,10 @@ struct Blocks {
     // mpeg1: levels that the table holds at their runs, since the block
     // encoders write MPEG-2 escapes.
     Blocks(bool intraBlocks, int perBlock, bool mpeg1) : intra(intraBlocks) {
-        zaniHuffmanRunLevelTableInitAlloc_32s(zero.spec(true).array({8, 4, 5}).data(), &first);
-        zaniHuffmanRunLevelTableInitAlloc_32s(zero.spec().array({8, 4, 5}).data(), &next);
-        zaniCreateRLEncodeTable(zero.spec().array({8}).data(), &enc);
-        zaniHuffmanTableInitAlloc_32s(dc_spec(kDcLuma).array({9}).data(), &dc);
+        zaniHuffmanRunLevelTableInitAlloc_32s(zero.list(true).array({8, 4, 5}).data(), &first);
+        zaniHuffmanRunLevelTableInitAlloc_32s(zero.list().array({8, 4, 5}).data(), &next);
+        zaniCreateRLEncodeTable(zero.list().array({8}).data(), &enc);
+        zaniHuffmanTableInitAlloc_32s(dc_list(kDcLuma).array({9}).data(), &dc);
         for (const char* c : kDcLuma) dcPairs.insert(dcPairs.end(), {to_code(c), static_cast<Zan32s>(std::strlen(c))});
         scan.assign(ownvc_Zigzag, ownvc_Zigzag + 64);
         for (int i = 0; i < 64; ++i) W[i] = static_cast<Zan16s>(16 + i % 20);

@@ -220,7 +220,7 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
  * to 0.  The offset is not range-checked.  A read touches the current word
  * and, on a crossing, the next one: one readable word must follow the data.
  *
- * Specification array (pSrcTable, Zan32s) of the three table builders:
+ * Code list (pSrcTable, Zan32s) of the three table builders:
  *   [0] not read; [1] n, the number of levels; [2 .. n+1] the width in bits
  *   of each level; then for each code length L = 1, 2, 3, ...: the count of
  *   codes of that length and that many rows; a negative count ends the array.
@@ -238,7 +238,7 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
  * g bits before the end of its level fills 2^g consecutive entries.
  *
  * Checks: zanStsNullPtr (-8) for either pointer; zanStsNoMem (-9) when an
- * allocation fails or the specification holds no code, *ppDstTable then
+ * allocation fails or the code list holds no code, *ppDstTable then
  * untouched.  Tables are read-only after building and may be shared. */
 ZanStatus zaniHuffmanTableInitAlloc_32s(const Zan32s* pSrcTable, Zan32u** ppDstTable);
 ZanStatus zaniHuffmanRunLevelTableInitAlloc_32s(const Zan32s* pSrcTable, Zan32u** ppDstTable);
@@ -344,7 +344,7 @@ ZanStatus zaniQuant_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan32f* pInv
 ZanStatus zaniQuantInvIntra_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pQuantMatrix);
 ZanStatus zaniQuantInv_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pQuantMatrix);
 
-/* Run-level encoding table from a specification array of (code, run, level)
+/* Run-level encoding table from a code list of (code, run, level)
  * rows.  Zan32u words: word 0 = R << 20 | (eob code << 4 | eob length) << 10
  * | (escape code << 4 | escape length), R the largest run with a level row;
  * word r + 1 (r = 0..R) the byte offset of row r's centre word; the centre

@@ -1,8 +1,8 @@
 // The general table-driven VLC decoder: building a multi-level lookup table
-// from a caller's specification array, walking it on the word cursor, and
+// from a caller's code list, walking it on the word cursor, and
 // the two single-code decoders.
 //
-// Specification array (Zan32s): [0] unused, [1] n levels, [2 .. n+1] the
+// Code list (Zan32s): [0] unused, [1] n levels, [2 .. n+1] the
 // width of each level, then per code length L = 1, 2, ... a count and that
 // many rows, a negative count ending the array.  A row is (code, value) for a
 // plain table and (code, run, level) for a run-level table; the code holds
@@ -75,7 +75,7 @@ ZanStatus build_table(const Zan32s* pSrcTable, bool runLevel, Zan32u** ppDstTabl
     zansFree(list);
     if (size <= 0 || size * 4 > 0x7FFFFFFF) return zanStsNoMem;
 
-    // Pass 2: every word invalid, then the codes in specification order.
+    // Pass 2: every word invalid, then the codes in code list order.
     auto* table = reinterpret_cast<Zan32u*>(zansMalloc_8u(static_cast<Zan32s>(size * 4)));
     if (!table) return zanStsNoMem;
     for (Zan64s i = 0; i < size; ++i) table[i] = kInvalidEntry;

@@ -57,9 +57,9 @@ struct QuantKernels {
     extern const zan::mpeg12::QuantKernels quant_kernels;                                              \
     }                                                                                                  \
     namespace zan::P::vlc {                                                                            \
-    /* Builds a decoding table from a caller's specification array (rows of 2 words with        */   \
+    /* Builds a decoding table from a caller's code list (rows of 2 words with        */   \
     /* runLevel false, 3 words with runLevel true).  zanStsNoMem when an allocation fails or     */   \
-    /* the specification holds no code; *ppDstTable is then left alone. */                            \
+    /* the code list holds no code; *ppDstTable is then left alone. */                            \
     ZanStatus build_table(const Zan32s* pSrcTable, bool runLevel, Zan32u** ppDstTable);              \
     /* One walk of a built table at the cursor: returns the leaf (or the invalid entry) and      */   \
     /* leaves the cursor behind the code, the look-ahead bits given back. */                          \

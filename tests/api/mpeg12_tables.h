@@ -1,6 +1,6 @@
 // The DCT coefficient and DC size code tables of ISO/IEC 13818-2 (Tables
 // B-12 to B-15) as a caller writes them, and helpers that turn them into the
-// library's specification arrays; a bit writer for test streams.  Shared by
+// library's code lists; a bit writer for test streams.  Shared by
 // the known-answer tests and the benchmarks.
 #pragma once
 
@@ -103,8 +103,8 @@ inline Zan32s to_code(const std::string& s) {
     return v;
 }
 
-// A specification array: widths, then rows grouped by code length.
-struct Spec {
+// A code list: widths, then rows grouped by code length.
+struct CodeList {
     std::map<int, std::vector<std::vector<Zan32s>>> byLength;
     std::vector<Zan32s> array(const std::vector<Zan32s>& widths) const {
         std::vector<Zan32s> a = {0, static_cast<Zan32s>(widths.size())};
@@ -133,13 +133,13 @@ struct RLTable {
             if (c.run == run && c.level == (level < 0 ? -level : level)) return std::string(c.bits) + (level < 0 ? "1" : "0");
         return "";
     }
-    std::string special(int run) const {
+    std::string marker(int run) const {
         for (const auto& c : codes)
             if (c.run == run) return c.bits;
         return "";
     }
-    Spec spec(bool skipOnes = false) const {
-        Spec s;
+    CodeList list(bool skipOnes = false) const {
+        CodeList s;
         for (const auto& c : codes) {
             if (skipOnes && c.bits[0] == '1') continue;
             if (c.run >= kEob) {
@@ -164,8 +164,8 @@ inline RLTable table_one() {
     return t;
 }
 
-inline Spec dc_spec(const char* const (&sizes)[12]) {
-    Spec s;
+inline CodeList dc_list(const char* const (&sizes)[12]) {
+    CodeList s;
     for (int i = 0; i < 12; ++i) s.add(sizes[i], {i});
     return s;
 }

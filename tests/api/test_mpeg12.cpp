@@ -1,5 +1,5 @@
 // Huffman tables and MPEG-1/2 block coding through the exported functions:
-// the standard's code tables written as specification arrays, known answers,
+// the standard's code tables written as code lists, known answers,
 // invalid codes and the cursor rules, round trips through the block encoders
 // and decoders, escapes at the level limits, mismatch control, MPEG-1
 // oddification, and statuses in their order.
@@ -25,10 +25,10 @@ using namespace zan::mpeg12test;
 struct Table {
     Zan32u* t = nullptr;
     Table() = default;
-    Table(const std::vector<Zan32s>& spec, int kind) {  // 0 plain, 1 run-level, 2 encoding
-        ZanStatus st = kind == 0   ? zaniHuffmanTableInitAlloc_32s(spec.data(), &t)
-                       : kind == 1 ? zaniHuffmanRunLevelTableInitAlloc_32s(spec.data(), &t)
-                                   : zaniCreateRLEncodeTable(spec.data(), &t);
+    Table(const std::vector<Zan32s>& codes, int kind) {  // 0 plain, 1 run-level, 2 encoding
+        ZanStatus st = kind == 0   ? zaniHuffmanTableInitAlloc_32s(codes.data(), &t)
+                       : kind == 1 ? zaniHuffmanRunLevelTableInitAlloc_32s(codes.data(), &t)
+                                   : zaniCreateRLEncodeTable(codes.data(), &t);
         EXPECT_EQ(st, zanStsOk);
     }
     ~Table() {
@@ -57,9 +57,9 @@ namespace {
 // The standard's tables as written here form prefix codes.
 TEST(Mpeg12, StandardTablesArePrefixFree) {
     for (const RLTable& t : {table_zero(), table_one()}) {
-        auto spec = t.spec();
+        auto list = t.list();
         std::vector<std::string> all;
-        for (const auto& [L, rows] : spec.byLength)
+        for (const auto& [L, rows] : list.byLength)
             for (const auto& r : rows) {
                 std::string s;
                 for (int i = L - 1; i >= 0; --i) s += ((r[0] >> i) & 1) ? '1' : '0';
@@ -77,7 +77,7 @@ TEST(Mpeg12, StandardTablesArePrefixFree) {
 // A small table whose layout is worked out by hand: two levels of 2 bits;
 // "1" (g = 1, two slots), "01" (g = 0), "001" and "0001" under a link.
 TEST(Mpeg12, BuiltTableLayout) {
-    Spec s;
+    CodeList s;
     s.add("1", {9});
     s.add("01", {5});
     s.add("001", {3});
@@ -90,7 +90,7 @@ TEST(Mpeg12, BuiltTableLayout) {
     for (int i = 0; i < 10; ++i) EXPECT_EQ(t.t[i], want[i]) << "word " << i;
 
     // Run-level leaves: run in bits 8..15, signed level in 16..31.
-    Spec r;
+    CodeList r;
     r.add("1", {3, -2});
     r.add("0", {kEob, 0});
     Table rl(r.array({1}), 1);
@@ -119,7 +119,7 @@ TEST(Mpeg12, DecodeOneDcSizes) {
     std::mt19937 rng(7);
     for (const auto* sizes : {&kDcLuma, &kDcChroma})
         for (const std::vector<Zan32s>& widths : std::vector<std::vector<Zan32s>>{{10}, {3, 3, 4}, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, {5, 5}}) {
-            Table t(dc_spec(*sizes).array(widths), 0);
+            Table t(dc_list(*sizes).array(widths), 0);
             Bits b;
             b.put(rng() & 0x1F, 5);  // start off a word boundary
             std::vector<int> want;
@@ -160,7 +160,7 @@ TEST(Mpeg12, DecodeRandomCodes) {
         for (const auto& c : codes)
             if (rng() % 8) kept.push_back(c);
         if (kept.empty()) kept.push_back(codes[0]);
-        Spec s, r;
+        CodeList s, r;
         for (size_t i = 0; i < kept.size(); ++i) {
             s.add(kept[i], {static_cast<Zan32s>(1000 + i)});
             r.add(kept[i], {static_cast<Zan32s>(i % 200), static_cast<Zan32s>(i) - 20});
@@ -204,7 +204,7 @@ TEST(Mpeg12, DecodeRandomCodes) {
 // An invalid code: the single-value decoder stores 61681 and leaves the
 // cursor where its walk ended; the pair decoder restores it and writes nothing.
 TEST(Mpeg12, InvalidCodeCursorRules) {
-    Spec s, r;
+    CodeList s, r;
     s.add("1", {5});
     s.add("01", {7});
     r.add("1", {2, 3});
@@ -249,7 +249,7 @@ TEST(Mpeg12, InvalidCodeCursorRules) {
 }
 
 TEST(Mpeg12, DecodersCheckPointersFirst) {
-    Spec s;
+    CodeList s;
     s.add("1", {5});
     Table t(s.array({1}), 0);
     Zan32u words[2] = {0x80000000u, 0};
@@ -333,16 +333,16 @@ namespace {
 
 // ------------------------------------------------ MPEG-2 round trips
 
-// Encoding tables from the standard's specification arrays.
+// Encoding tables from the standard's code lists.
 struct Mpeg2Tables {
     RLTable zero = table_zero(), one = table_one();
-    Table first{zero.spec(true).array({5, 4, 4, 4}), 1};
-    Table next0{zero.spec().array({8, 4, 5}), 1};
-    Table next1{one.spec().array({4, 4, 4, 5}), 1};
-    Table enc0{zero.spec().array({8, 9}), 2};
-    Table enc1{one.spec().array({8, 9}), 2};
-    Table dcLuma{dc_spec(kDcLuma).array({4, 6}), 0};
-    Table dcChroma{dc_spec(kDcChroma).array({10}), 0};
+    Table first{zero.list(true).array({5, 4, 4, 4}), 1};
+    Table next0{zero.list().array({8, 4, 5}), 1};
+    Table next1{one.list().array({4, 4, 4, 5}), 1};
+    Table enc0{zero.list().array({8, 9}), 2};
+    Table enc1{one.list().array({8, 9}), 2};
+    Table dcLuma{dc_list(kDcLuma).array({4, 6}), 0};
+    Table dcChroma{dc_list(kDcChroma).array({10}), 0};
     std::vector<Zan32s> dcLumaPairs() const {
         std::vector<Zan32s> v;
         for (const char* c : kDcLuma) v.insert(v.end(), {to_code(c), static_cast<Zan32s>(std::strlen(c))});
@@ -445,7 +445,7 @@ void put_mpeg1(Bits& b, const RLTable& t, int run, int level, bool first) {
         b.put(c);
         return;
     }
-    b.put(t.special(kEsc));
+    b.put(t.marker(kEsc));
     b.put(static_cast<Zan32u>(run), 6);
     if (level > -128 && level < 128) {
         b.put(static_cast<Zan32u>(level) & 0xFF, 8);
@@ -697,7 +697,7 @@ TEST(Mpeg12, BlockDecodeFailures) {
         b.put("0");  // the first bit 0 sends the decoder to the first table
         Zan32u* p = b.w.data();
         Zan32s off = 31;
-        Spec e;
+        CodeList e;
         e.add("0", {kEob, 0});
         e.add("1", {0, 1});
         Table eobFirst(e.array({2}), 1);
@@ -713,8 +713,8 @@ TEST(Mpeg12, BlockDecodeFailures) {
 
 // A small encoding table laid out by hand: runs 0 (levels 1, 2), 1 (1),
 // 2 (none) and 3 (1).
-Spec small_rl() {
-    Spec s;
+CodeList small_rl() {
+    CodeList s;
     s.add("110", {0, 1});
     s.add("111", {0, -1});
     s.add("01000", {0, 2});
