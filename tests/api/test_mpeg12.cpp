@@ -248,6 +248,36 @@ TEST(Mpeg12, InvalidCodeCursorRules) {
     EXPECT_EQ(off, 30);
 }
 
+// Leaf fields: a plain value keeps bits 8 and up as they are (no sign),
+// the escape and end-of-block rows come back as runs 255 and 254.
+TEST(Mpeg12, LeafFields) {
+    CodeList s, r;
+    s.add("1", {0x00FFFFFF});
+    s.add("01", {-1});
+    r.add("1", {kEsc, 0});
+    r.add("01", {kEob, 0});
+    r.add("001", {63, -32768});
+    Table plain(s.array({2}), 0), pairs(r.array({2, 1}), 1);
+    Bits b;
+    b.put("1" "01" "1" "01" "001");
+    Zan32u* p = b.w.data();
+    Zan32s off = 31, v;
+    ASSERT_EQ(zaniDecodeHuffmanOne_1u32s(&p, &off, &v, plain.t), zanStsOk);
+    EXPECT_EQ(v, 0x00FFFFFF);
+    ASSERT_EQ(zaniDecodeHuffmanOne_1u32s(&p, &off, &v, plain.t), zanStsOk);
+    EXPECT_EQ(v, 0x00FFFFFF);  // -1 << 8, read back without sign
+    Zan8u run;
+    Zan16s level;
+    ASSERT_EQ(zaniDecodeHuffmanPair_1u16s(&p, &off, pairs.t, &run, &level), zanStsOk);
+    EXPECT_EQ(run, 255);
+    ASSERT_EQ(zaniDecodeHuffmanPair_1u16s(&p, &off, pairs.t, &run, &level), zanStsOk);
+    EXPECT_EQ(run, 254);
+    ASSERT_EQ(zaniDecodeHuffmanPair_1u16s(&p, &off, pairs.t, &run, &level), zanStsOk);
+    EXPECT_EQ(run, 63);
+    EXPECT_EQ(level, -32768);
+    EXPECT_EQ(off, 31 - 9);
+}
+
 TEST(Mpeg12, DecodersCheckPointersFirst) {
     CodeList s;
     s.add("1", {5});
@@ -429,6 +459,39 @@ TEST(Mpeg12, Mpeg2RoundTrip) {
             ASSERT_EQ(off, endFree[k] - 1);
         }
     }
+}
+
+// MPEG-2 intra DC: the predictor wraps at 16 bits, entry 0 is the predictor
+// shifted by intraDCShift (kept as 16 bits); size 0 reads no bits.
+TEST(Mpeg12, Mpeg2IntraDc) {
+    Mpeg2Tables T;
+    auto scan = scan32(1);
+    std::array<Zan16s, 64> got;
+    Zan32s size = -1;
+    Bits b;
+    b.put(kDcLuma[1]);
+    b.put("1");  // +1
+    b.put("10");  // end of block (table zero)
+    b.put(kDcLuma[0]);
+    b.put("10");
+    Zan32u* p = b.w.data();
+    Zan32s off = 31;
+    Zan16s pred = 32767;
+    ASSERT_EQ(zaniReconstructDCTBlockIntra_MPEG2_32s(&p, &off, T.dcLuma.t, T.next0.t, scan.data(), 1, kDefaultIntra, &pred, 2,
+                                                     got.data(), &size),
+              zanStsOk);
+    EXPECT_EQ(pred, -32768);
+    EXPECT_EQ(got[0], 0);  // -32768 << 2 kept as 16 bits
+    EXPECT_EQ(got[63], 1);  // sum 0: even
+    EXPECT_EQ(size, 0);
+    pred = 300;
+    ASSERT_EQ(zaniReconstructDCTBlockIntra_MPEG2_32s(&p, &off, T.dcLuma.t, T.next0.t, scan.data(), 1, kDefaultIntra, &pred, 3,
+                                                     got.data(), &size),
+              zanStsOk);
+    EXPECT_EQ(pred, 300);
+    EXPECT_EQ(got[0], 2400);
+    EXPECT_EQ(got[63], 1);
+    EXPECT_EQ(pos(b.w.data(), p, off), 2 + 1 + 2 + 3 + 2);
 }
 
 // ------------------------------------------------ MPEG-1 streams
