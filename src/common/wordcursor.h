@@ -53,7 +53,7 @@ struct WordCursor {
 
     WordCursor(const Zan32u* word, Zan32s bitOffset) : p(word), offset(bitOffset) {}
 
-    // Reads n bits, 1 <= n <= 32, and moves on.
+    // Reads n bits, 0 <= n <= 32 (0 reads nothing), and moves on.
     Zan32u read(Zan32s n) {
         Zan32s o = offset - n;
         Zan32u v;
@@ -66,6 +66,13 @@ struct WordCursor {
             ++p;
         }
         return v & kBitMask[n];
+    }
+
+    // The next n bits, without moving (a read on a copy: the same words are
+    // touched).
+    Zan32u peek(Zan32s n) const {
+        WordCursor c = *this;
+        return c.read(n);
     }
 
     // The next bit, without moving.
