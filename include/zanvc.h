@@ -345,6 +345,171 @@ ZanStatus zaniQuantInvInter_MPEG4_16s_C1I(Zan16s* pSrcDst, Zan32s indxLastNonZer
 
 /* ==== mpeg12: Huffman tables and MPEG-1/2 block coding ==== */
 
+/* Word cursor (decoders): *ppBitStream points at the native 32-bit word that
+ * holds the next bit (the caller has swapped each four stream bytes into a
+ * word already), *pBitOffset is that bit's number, 31 (most significant) down
+ * to 0.  The offset is not range-checked.  A read touches the current word
+ * and, on a crossing, the next one: one readable word must follow the data.
+ *
+ * Code list (pSrcTable, Zan32s) of the three table builders:
+ *   [0] not read; [1] n, the number of levels; [2 .. n+1] the width in bits
+ *   of each level; then for each code length L = 1, 2, 3, ...: the count of
+ *   codes of that length and that many rows; a negative count ends the array.
+ *   A row is (code, value) for zaniHuffmanTableInitAlloc_32s and (code, run,
+ *   level) for the run-level builder and zaniCreateRLEncodeTable; the code
+ *   holds its L bits right-aligned.  In run-level rows run 255 is the escape
+ *   and run 254 the end of block; a level's sign is part of its code.
+ *
+ * Built decoding table (Zan32u): word 0 the first level's width w, words
+ * 1 .. 2^w its entries, sub-tables following (a width word at k, entries from
+ * k + 1).  Entry: link (low byte 128, bits 8 up: k); plain leaf (low byte g =
+ * look-ahead bits given back, bits 8 up: the value); run-level leaf (low byte
+ * g, bits 8..15 run, bits 16..31 signed level); invalid 0x00F0F101 (g = 1,
+ * mark 61681 in bits 8 up).  Every word starts invalid.  A code whose bits end
+ * g bits before the end of its level fills 2^g consecutive entries.
+ *
+ * Checks: zanStsNullPtr (-8) for either pointer; zanStsNoMem (-9) when an
+ * allocation fails or the code list holds no code, *ppDstTable then
+ * untouched.  Tables are read-only after building and may be shared. */
+ZanStatus zaniHuffmanTableInitAlloc_32s(const Zan32s* pSrcTable, Zan32u** ppDstTable);
+ZanStatus zaniHuffmanRunLevelTableInitAlloc_32s(const Zan32s* pSrcTable, Zan32u** ppDstTable);
+/* Releases a table of any of the three builders; zanStsNullPtr for null. */
+ZanStatus zaniHuffmanTableFree_32s(Zan32u* pTable);
+
+/* One code of a plain table.  The walk reads the first level's width of bits
+ * (a look-ahead), follows links reading each sub-table's width, and ends on a
+ * leaf, whose g bits are given back.  The invalid entry: *pDecodedValue =
+ * 61681 and zanStsVlcCodeBad (-74), the cursor left where the walk ended
+ * (nothing given back).  Otherwise *pDecodedValue = bits 8 and up of the leaf
+ * (unsigned).  Checks: -8 for any null pointer, *ppBitStream included. */
+ZanStatus zaniDecodeHuffmanOne_1u32s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan32s* pDecodedValue,
+                                     const Zan32u* pTable);
+/* One code of a run-level table: *pRun and *pLevel from the leaf.  The
+ * invalid entry returns -74 with the cursor as at entry and nothing written. */
+ZanStatus zaniDecodeHuffmanPair_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, const Zan32u* pTable,
+                                      Zan8u* pRun, Zan16s* pLevel);
+
+/* Decode and dequantise one 8x8 block of DCT coefficient codes (run-level
+ * tables built by the caller from the standard's Tables B-14/B-15, DC size
+ * tables from B-12/B-13).  pScan: 64 raster positions, by scan index.
+ * pQuantMatrix: 64 weights in raster order.  pDstBlock: 64 Zan16s, cleared
+ * first.  Escapes: MPEG-2 000001 + 6-bit run + 12-bit signed level; MPEG-1
+ * 000001 + 6-bit run + 8-bit signed level, where a level of 0 or -128 is
+ * followed by 8 more bits (0..255, or -256..-1 after -128).
+ *
+ * Non-intra forms: the first code is the short code 1s (run 0, level +1 for
+ * 10, -1 for 11) when the first bit is 1, else a code of pFirstTable; later
+ * codes come from pNextTable.  Values, truncating division toward zero in
+ * 32-bit arithmetic, W the weight at the raster position:
+ *   MPEG-2 non-intra  W * QP * (2 * level + sign(level)) / 32, kept as 16 bits
+ *   MPEG-2 intra AC   W * level * 2 * QP / 32, kept as 16 bits
+ *   MPEG-1 non-intra  W * QP * (2 * level + sign(level)) / 16
+ *   MPEG-1 intra AC   W * QP * 2 * level / 16
+ * MPEG-1 values are kept as 16 bits, then an even value moves one step toward
+ * zero, then the value is clamped to -2048..2047.  MPEG-2 ends with mismatch
+ * control: when the sum of the 64 stored values is even, entry 63 goes down by
+ * one if odd, up by one if even.
+ * *pDstSize: the scan index of the last coefficient (MPEG-2 non-intra reports
+ * 1 for index 0).  An MPEG-2 non-intra first code continues at index run & 63.
+ * A first code with a run of 64 or more (an end of block in pFirstTable)
+ * stores nothing; in the MPEG-1 non-intra form it ends the call with
+ * *pDstSize = that run and zanStsOk.
+ * Intra DC: the DC size s from pDCSizeTable, then s bits b: diff = b when its
+ * top bit is set, else b - 2^s + 1 (0 for s = 0).
+ *   MPEG-2: *pDCPred += diff (16-bit wrap); entry 0 = *pDCPred << intraDCShift.
+ *   MPEG-1: entry 0 = 8 * diff + *pDCPred, which becomes *pDCPred.
+ * Checks: -8 for any null pointer (*ppBitStream included; pQuantMatrix may be
+ * null in zaniReconstructDCTBlock_MPEG2_32s only, meaning all weights 16).
+ * zanStsVlcCodeBad (-74) when a code takes the scan index above 63 (the
+ * invalid entry does so, its run being 241), when the DC size code is
+ * invalid (MPEG-1) or the DC size is above 32: the block holds what was
+ * stored so far, *pDCPred is already updated, *pDstSize and the cursor are
+ * as at entry.  QP and the offset are not checked. */
+ZanStatus zaniReconstructDCTBlock_MPEG1_32s(Zan32u** ppBitStream, Zan32s* pBitOffset, const Zan32u* pFirstTable,
+                                            const Zan32u* pNextTable, const Zan32s* pScan, Zan32s QP,
+                                            const Zan16s* pQuantMatrix, Zan16s* pDstBlock, Zan32s* pDstSize);
+ZanStatus zaniReconstructDCTBlock_MPEG2_32s(Zan32u** ppBitStream, Zan32s* pBitOffset, const Zan32u* pFirstTable,
+                                            const Zan32u* pNextTable, const Zan32s* pScan, Zan32s QP,
+                                            const Zan16s* pQuantMatrix, Zan16s* pDstBlock, Zan32s* pDstSize);
+ZanStatus zaniReconstructDCTBlockIntra_MPEG1_32s(Zan32u** ppBitStream, Zan32s* pBitOffset,
+                                                 const Zan32u* pDCSizeTable, const Zan32u* pACTable,
+                                                 const Zan32s* pScan, Zan32s QP, const Zan16s* pQuantMatrix,
+                                                 Zan16s* pDCPred, Zan16s* pDstBlock, Zan32s* pDstSize);
+ZanStatus zaniReconstructDCTBlockIntra_MPEG2_32s(Zan32u** ppBitStream, Zan32s* pBitOffset,
+                                                 const Zan32u* pDCSizeTable, const Zan32u* pACTable,
+                                                 const Zan32s* pScan, Zan32s QP, const Zan16s* pQuantMatrix,
+                                                 Zan16s* pDCPred, Zan32s intraDCShift, Zan16s* pDstBlock,
+                                                 Zan32s* pDstSize);
+
+/* Forward quantisation of 64 Zan16s in place.  With a matrix of reciprocal
+ * weights M (raster order), in single precision and this order:
+ * s = 16.0f / QP; f = (x * s) * M[i]; truncate toward zero to 32 bits (out of
+ * range or NaN: -2^31); saturate to 16 bits; clamp to -2047..2047.
+ * The intra form uses the reciprocals of the default intra matrix (rounded to
+ * six decimals) when pInvQuantMatrix is null, keeps entry 0 and counts the
+ * nonzero results among entries 1..63 into *pCount.  The non-intra form with
+ * a matrix treats and counts all 64.  Without a matrix and QP >= 2:
+ * r = (QP / 2 + 65536) / QP, each value sign(x) * min(2047, (min(|x|, 32767)
+ * * r) >> 16); with QP below 2 the block is left alone; *pCount counts the
+ * nonzero entries of all 64.  Checks: -8 for pSrcDst or pCount;
+ * zanStsDivByZero (-10) for QP 0.  Any alignment; 16-byte aligned blocks and
+ * matrices take a faster kernel with the same result. */
+ZanStatus zaniQuantIntra_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan32f* pInvQuantMatrix, Zan32s* pCount);
+ZanStatus zaniQuant_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan32f* pInvQuantMatrix, Zan32s* pCount);
+
+/* Inverse quantisation of 64 Zan16s in place, in 16-bit lane arithmetic
+ * (products keep their low 16 bits, "sat" additions saturate), W in raster
+ * order:
+ *   intra:       p = x * QP; p = p * W[i]; x < 0: p = sat(p + 15); p >> 4.
+ *                Entry 0 keeps its input.  No clamp.
+ *   non-intra W: wq = W[i] * QP; p = x * wq; h = (x != 0) ? wq >> 1 (unsigned)
+ *                : 0, negated when p < 0; q = sat(p + h); p < 0: q = sat(q +
+ *                15); q >> 4.  No clamp.
+ *   non-intra, pQuantMatrix null: t = sat(2x + sign(x)); t = t * QP; x < 0:
+ *                t = sat(t + 1); t >> 1; clamp to -2048..2047.
+ * Then mismatch control: eight saturating 16-bit lane sums (lane j adds
+ * entries j, j+8, ..., j+56 in order), the upper four added, saturating, onto
+ * the lower four; when an even number of these four is odd, entry 63 goes
+ * down by one if odd, up by one if even.  Checks: -8 for pSrcDst (and for
+ * pQuantMatrix in the intra form).  QP is not checked. */
+ZanStatus zaniQuantInvIntra_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pQuantMatrix);
+ZanStatus zaniQuantInv_MPEG2_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pQuantMatrix);
+
+/* Run-level encoding table from a code list of (code, run, level)
+ * rows.  Zan32u words: word 0 = R << 20 | (eob code << 4 | eob length) << 10
+ * | (escape code << 4 | escape length), R the largest run with a level row;
+ * word r + 1 (r = 0..R) the byte offset of row r's centre word; the centre
+ * word holds the largest |level| of the run (-1 without rows) and the words
+ * L places before and after it the code << 16 | length of levels -L and +L;
+ * each row has count / 2 slots either side.  (2R + rows) * 4 + 12 bytes.
+ * Free with zaniHuffmanTableFree_32s.  Checks: -8, then -9. */
+ZanStatus zaniCreateRLEncodeTable(const Zan32s* pSrcTable, Zan32u** ppDstTable);
+
+/* Put cursor: *ppBitStream points at a Zan32u, *pBitOffset holds its free
+ * bits, 32 (nothing written) down to 1 (not checked).  Writing n bits with f
+ * free: n < f ORs them in at bit f - n; n == f ORs them in at bit 0 and moves
+ * on with 32 free, the next word untouched; n > f ORs in the top f bits,
+ * moves on and assigns the next word the rest, left-aligned.  The buffer must
+ * be cleared beforehand.
+ * zaniPutIntraBlock: diff = pSrcBlock[0] - *pDCPred, *pDCPred = pSrcBlock[0];
+ * size = bit length of |diff|; writes pDCTable[2 * size] in
+ * pDCTable[2 * size + 1] bits, then (size > 0) size bits of diff, or of
+ * diff + 2^size - 1 when negative.  Then scan indices 1 on through pScan
+ * until coeffCount nonzero levels are written: a level after run zeros takes
+ * its code from pACTable when run <= R and |level| <= the row's centre word,
+ * else the escape 000001, 6 bits of run, low 12 bits of level.  Last,
+ * eobLength bits of eobCode.
+ * zaniPutNonIntraBlock: pSrcBlock[0] (raster 0) first: 0 starts the run at 1;
+ * +1 and -1 are written 10 and 11; others from row 0 or escaped; each counts
+ * as written.  Then as above from scan index 1.
+ * Checks: -8 for any null pointer, *ppBitStream included. */
+ZanStatus zaniPutIntraBlock(Zan32u** ppBitStream, Zan32s* pBitOffset, const Zan16s* pSrcBlock, Zan32s* pDCPred,
+                            const Zan32s* pDCTable, const Zan32u* pACTable, const Zan32s* pScan, Zan32s eobLength,
+                            Zan32s eobCode, Zan32s coeffCount);
+ZanStatus zaniPutNonIntraBlock(Zan32u** ppBitStream, Zan32s* pBitOffset, const Zan16s* pSrcBlock,
+                               const Zan32u* pACTable, const Zan32s* pScan, Zan32s eobLength, Zan32s eobCode,
+                               Zan32s coeffCount);
+
 /* ==== end of mpeg12 ==== */
 
 /* ==== h264inv: H.264 inverse transforms and dequantisation ==== */
