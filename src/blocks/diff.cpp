@@ -13,6 +13,7 @@
 // The difference is C - P in 16 bits (it cannot saturate with 8-bit samples).
 // A bidirectional prediction is (P0 + P1 + 1) >> 1, both with the same rc.
 #include <cstdint>
+#include <type_traits>
 
 #include "blocks/diff.h"
 #include "common/scalar.h"
@@ -134,9 +135,9 @@ struct Wide {
     __m128i lo, hi;
 };
 
-// Predictions of successive rows of one reference position.  next() returns
-// the next row: bytes for FF, FH, HF; 16-bit halves for HH (hi unused for
-// W = 8).
+// Predictions of successive rows of one reference position.  next<Odd>()
+// returns the next row: bytes for FF, FH, HF; 16-bit halves for HH (hi
+// unused for W = 8).
 template <int P, int W, int dx = 1>
 class Predictor {
 public:
@@ -145,10 +146,13 @@ public:
         if constexpr (P == kFH) prev_ = load_row<W>(r_);
         if constexpr (P == kHH) {
             round_ = _mm_set1_epi16(static_cast<short>(2 - rc));
-            sums_ = pair_sums(r_);
+            sums_ = add(pair_sums(r_), Wide{round_, round_});
         }
     }
 
+    // Odd: the number of the row to predict is odd.  Rows come in order,
+    // starting at row 0.
+    template <int Odd>
     auto next() {
         if constexpr (P == kFF) {
             __m128i a = load_row<W>(r_);
@@ -165,12 +169,15 @@ public:
             r_ += rs_;
             return v;
         } else {
+            // The rounding constant rides on the pair sums of the even rows,
+            // which serve an even row as its upper and an odd row as its
+            // lower neighbour: one add of it per two rows.
             r_ += rs_;
             Wide below = pair_sums(r_);
-            Wide v{_mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(sums_.lo, below.lo), round_), 2),
-                   _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(sums_.hi, below.hi), round_), 2)};
+            if constexpr (Odd != 0) below = add(below, Wide{round_, round_});
+            Wide t = add(sums_, below);
             sums_ = below;
-            return v;
+            return Wide{_mm_srli_epi16(t.lo, 2), _mm_srli_epi16(t.hi, 2)};
         }
     }
 
@@ -178,6 +185,9 @@ private:
     // (a + b + 1 - rc) >> 1 on bytes.
     __m128i average(__m128i a, __m128i b) const {
         return _mm_sub_epi8(_mm_avg_epu8(a, b), _mm_and_si128(_mm_xor_si128(a, b), odd_));
+    }
+    static Wide add(Wide a, Wide b) {
+        return Wide{_mm_add_epi16(a.lo, b.lo), W == 16 ? _mm_add_epi16(a.hi, b.hi) : a.hi};
     }
     // R(x) + R(x + dx) in 16 bits.
     static Wide pair_sums(const Zan8u* p) {
@@ -193,6 +203,10 @@ private:
     __m128i odd_ = _mm_setzero_si128(), prev_ = _mm_setzero_si128(), round_ = _mm_setzero_si128();
     Wide sums_{_mm_setzero_si128(), _mm_setzero_si128()};
 };
+
+// Row parities for next<Odd>(); every block height is even.
+constexpr std::integral_constant<int, 0> kEven{};
+constexpr std::integral_constant<int, 1> kOdd{};
 
 template <int W>
 inline __m128i to_bytes(__m128i v) {
@@ -236,11 +250,15 @@ template <int W, int H, int P, bool Pred, bool A>
 void diff_simd(const Zan8u* r, Zan32s rs, const Zan8u* c, Zan32s cs, Zan16s* d, Zan32s ds, Zan16s* p, Zan32s ps,
                Zan32s rc) {
     Predictor<P, W> pred(r, rs, rc);
-    for (Zan32s y = 0; y < H; ++y) {
+    auto one = [&](Zan32s y, auto odd) {
         __m128i cv = load_row<W>(row(c, cs, y));
-        auto pv = pred.next();
+        auto pv = pred.template next<odd()>();
         put_diff<W, A>(row(d, ds, y), cv, pv);
         if constexpr (Pred) put_pred<W, A>(row(p, ps, y), pv);
+    };
+    for (Zan32s y = 0; y < H; y += 2) {
+        one(y, kEven);
+        one(y + 1, kOdd);
     }
     (void)p;
     (void)ps;
@@ -251,10 +269,14 @@ void bi_simd(const Zan8u* rf, Zan32s rsf, const Zan8u* rb, Zan32s rsb, const Zan
              Zan32s ds, Zan32s rc) {
     Predictor<PF, W> fwd(rf, rsf, rc);
     Predictor<PB, W> bwd(rb, rsb, rc);
-    for (Zan32s y = 0; y < H; ++y) {
+    auto one = [&](Zan32s y, auto odd) {
         __m128i cv = load_row<W>(row(c, cs, y));
-        __m128i pv = _mm_avg_epu8(to_bytes<W>(fwd.next()), to_bytes<W>(bwd.next()));
+        __m128i pv = _mm_avg_epu8(to_bytes<W>(fwd.template next<odd()>()), to_bytes<W>(bwd.template next<odd()>()));
         put_diff<W, A>(row(d, ds, y), cv, pv);
+    };
+    for (Zan32s y = 0; y < H; y += 2) {
+        one(y, kEven);
+        one(y + 1, kOdd);
     }
 }
 
@@ -275,8 +297,14 @@ template <int H, int P, bool A>
 void c2_simd(const Zan8u* r, Zan32s rs, const Zan8u* c, Zan32s cs, Zan16s* du, Zan32s dsu, Zan16s* dv, Zan32s dsv,
              Zan32s rc) {
     Predictor<P, 16, 2> pred(r, rs, rc);
-    for (Zan32s y = 0; y < H; ++y)
-        put_diff_c2<A>(row(du, dsu, y), row(dv, dsv, y), load16(row(c, cs, y)), to_bytes<16>(pred.next()));
+    auto one = [&](Zan32s y, auto odd) {
+        put_diff_c2<A>(row(du, dsu, y), row(dv, dsv, y), load16(row(c, cs, y)),
+                       to_bytes<16>(pred.template next<odd()>()));
+    };
+    for (Zan32s y = 0; y < H; y += 2) {
+        one(y, kEven);
+        one(y + 1, kOdd);
+    }
 }
 
 template <int H, int PF, int PB, bool A>
@@ -284,9 +312,13 @@ void c2b_simd(const Zan8u* rf, Zan32s rsf, const Zan8u* rb, Zan32s rsb, const Za
               Zan32s dsu, Zan16s* dv, Zan32s dsv, Zan32s rc) {
     Predictor<PF, 16, 2> fwd(rf, rsf, rc);
     Predictor<PB, 16, 2> bwd(rb, rsb, rc);
-    for (Zan32s y = 0; y < H; ++y) {
-        __m128i pv = _mm_avg_epu8(to_bytes<16>(fwd.next()), to_bytes<16>(bwd.next()));
+    auto one = [&](Zan32s y, auto odd) {
+        __m128i pv = _mm_avg_epu8(to_bytes<16>(fwd.template next<odd()>()), to_bytes<16>(bwd.template next<odd()>()));
         put_diff_c2<A>(row(du, dsu, y), row(dv, dsv, y), load16(row(c, cs, y)), pv);
+    };
+    for (Zan32s y = 0; y < H; y += 2) {
+        one(y, kEven);
+        one(y + 1, kOdd);
     }
 }
 
