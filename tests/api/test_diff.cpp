@@ -352,6 +352,91 @@ TEST(Diff, SixteenBitSubtractionWraps) {
         }
 }
 
+// Aligned stores are taken only when every output row pointer and step is a
+// multiple of 16; any one of them off gives the same values (and no fault).
+TEST(Diff, AnyOutputAlignment) {
+    Picture cur, ref, refB;
+    for (size_t i = 0; i < cur.px.size(); ++i) {
+        cur.px[i] = static_cast<Zan8u>(i * 7 + 3);
+        ref.px[i] = static_cast<Zan8u>(i * 13 + (i >> 5));
+        refB.px[i] = static_cast<Zan8u>(i * 5 + 101);
+    }
+    // Output layouts: offset in samples and step in bytes of the difference
+    // and of the predictor (or V plane).
+    struct Layout {
+        Zan32s dOff, dStep, pOff, pStep;
+    };
+    const Layout layouts[] = {{1, O, 0, O}, {0, O + 2, 0, O}, {0, O, 3, O}, {0, O, 0, O - 2}, {0, -O, 0, O}};
+    alignas(64) std::array<Zan16s, 32 * 40> d, p;
+    auto value = [](const std::array<Zan16s, 32 * 40>& a, const Layout& l, bool second, Zan32s x, Zan32s y) {
+        const Zan32s off = second ? l.pOff : l.dOff, step = second ? l.pStep : l.dStep;
+        return a[static_cast<size_t>(16 * 32 + off + y * step / 2 + x)];
+    };
+    for (Zan32s mc : {0, 4, 8, 12}) {
+        for (const auto& f : kFwd) {
+            Out d0, p0;
+            ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, d0.p(), O, p0.p(), O, mc, 1), zanStsOk);
+            for (const Layout& l : layouts) {
+                d.fill(0);
+                p.fill(0);
+                ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, d.data() + 16 * 32 + l.dOff, l.dStep,
+                               p.data() + 16 * 32 + l.pOff, l.pStep, mc, 1),
+                          zanStsOk);
+                for (Zan32s y = 0; y < f.h; ++y)
+                    for (Zan32s x = 0; x < f.w; ++x) {
+                        ASSERT_EQ(value(d, l, false, x, y), d0.at(x, y)) << f.name << " mcType " << mc;
+                        ASSERT_EQ(value(p, l, true, x, y), p0.at(x, y)) << f.name << " mcType " << mc;
+                    }
+            }
+        }
+        for (const auto& f : kBi) {
+            Out d0;
+            ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, mc, refB.at(0, 0), S, 12 - mc, d0.p(), O, 0), zanStsOk);
+            for (const Layout& l : layouts) {
+                d.fill(0);
+                ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, mc, refB.at(0, 0), S, 12 - mc, d.data() + 16 * 32 + l.dOff,
+                               l.dStep, 0),
+                          zanStsOk);
+                for (Zan32s y = 0; y < f.h; ++y)
+                    for (Zan32s x = 0; x < f.w; ++x) ASSERT_EQ(value(d, l, false, x, y), d0.at(x, y)) << f.name;
+            }
+        }
+        for (const auto& f : kC2) {
+            Out u0, v0;
+            ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, u0.p(), O, v0.p(), O, mc, 0), zanStsOk);
+            for (const Layout& l : layouts) {
+                d.fill(0);
+                p.fill(0);
+                ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, d.data() + 16 * 32 + l.dOff, l.dStep,
+                               p.data() + 16 * 32 + l.pOff, l.pStep, mc, 0),
+                          zanStsOk);
+                for (Zan32s y = 0; y < f.h; ++y)
+                    for (Zan32s x = 0; x < 8; ++x) {
+                        ASSERT_EQ(value(d, l, false, x, y), u0.at(x, y)) << f.name;
+                        ASSERT_EQ(value(p, l, true, x, y), v0.at(x, y)) << f.name;
+                    }
+            }
+        }
+        for (const auto& f : kC2B) {
+            Out u0, v0;
+            ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, mc, refB.at(0, 0), S, 12 - mc, u0.p(), O, v0.p(), O, 1),
+                      zanStsOk);
+            for (const Layout& l : layouts) {
+                d.fill(0);
+                p.fill(0);
+                ASSERT_EQ(f.fn(cur.at(0, 0), S, ref.at(0, 0), S, mc, refB.at(0, 0), S, 12 - mc, d.data() + 16 * 32 + l.dOff,
+                               l.dStep, p.data() + 16 * 32 + l.pOff, l.pStep, 1),
+                          zanStsOk);
+                for (Zan32s y = 0; y < f.h; ++y)
+                    for (Zan32s x = 0; x < 8; ++x) {
+                        ASSERT_EQ(value(d, l, false, x, y), u0.at(x, y)) << f.name;
+                        ASSERT_EQ(value(p, l, true, x, y), v0.at(x, y)) << f.name;
+                    }
+            }
+        }
+    }
+}
+
 // --------------------------------------------------------------- selectors
 
 // Stray bits above the selectors' bits, and negative values, select what the

@@ -250,6 +250,29 @@ TEST(CheckDiff, ReadsOnlyTheBlockAndItsExtraRowOrColumn) {
             e.simd(ref.origin(), rs, cur.origin(), cs, got, ds, gotP, ds, 1);
             ASSERT_EQ(0, std::memcmp(want, got, sizeof(Zan16s) * static_cast<size_t>(e.width * e.height))) << e.name;
         }
+        for (const auto& e : kernels().bi) {
+            const Zan32s pf = e.param & 3, pb = (e.param >> 2) & 3;
+            const Zan32s fW = e.width + extra_columns(pf, 1), fH = e.height + extra_rows(pf);
+            const Zan32s bW = e.width + extra_columns(pb, 1), bH = e.height + extra_rows(pb);
+            Fenced cur(e.width, e.height, sign * e.width, atEnd), refF(fW, fH, sign * fW, atEnd),
+                refB(bW, bH, sign * (bW + 2), !atEnd);
+            ASSERT_TRUE(cur.origin() && refF.origin() && refB.origin());
+            const Zan32s ds = 2 * e.width;
+            e.rule(refF.origin(), sign * fW, refB.origin(), sign * (bW + 2), cur.origin(), sign * e.width, want, ds, 0);
+            e.simd(refF.origin(), sign * fW, refB.origin(), sign * (bW + 2), cur.origin(), sign * e.width, got, ds, 0);
+            ASSERT_EQ(0, std::memcmp(want, got, sizeof(Zan16s) * static_cast<size_t>(e.width * e.height))) << e.name;
+        }
+        for (const auto& e : kernels().c2b) {
+            const Zan32s pf = e.param & 3, pb = (e.param >> 2) & 3;
+            const Zan32s fW = 16 + extra_columns(pf, 2), fH = e.height + extra_rows(pf);
+            const Zan32s bW = 16 + extra_columns(pb, 2), bH = e.height + extra_rows(pb);
+            Fenced cur(16, e.height, sign * 16, !atEnd), refF(fW, fH, sign * fW, atEnd), refB(bW, bH, sign * bW, !atEnd);
+            ASSERT_TRUE(cur.origin() && refF.origin() && refB.origin());
+            e.rule(refF.origin(), sign * fW, refB.origin(), sign * bW, cur.origin(), sign * 16, want, 16, wantP, 16, 1);
+            e.simd(refF.origin(), sign * fW, refB.origin(), sign * bW, cur.origin(), sign * 16, got, 16, gotP, 16, 1);
+            ASSERT_EQ(0, std::memcmp(want, got, 16 * static_cast<size_t>(e.height))) << e.name;
+            ASSERT_EQ(0, std::memcmp(wantP, gotP, 16 * static_cast<size_t>(e.height))) << e.name;
+        }
         for (const auto& e : kernels().c2) {
             const Zan32s pos = e.param & 3;
             const Zan32s refW = 16 + extra_columns(pos, 2), refH = e.height + extra_rows(pos);
