@@ -198,6 +198,100 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
 
 /* ==== diff: block differencing for encoders ==== */
 
+/* Residual of a block against its prediction, for encoders.  Steps are in
+ * bytes (also for the Zan16s outputs) and are not checked: zero and
+ * negative steps are legal.  The only failure is zanStsNullPtr, for a null
+ * among the pointers each function tests; then nothing is written.
+ *
+ * mcType names the reference position; only its bits 2 and 3 are read
+ * (mcType & 12), so any value is safe.  roundControl: only bit 0 (rc) is
+ * read.  Predicted sample P(x,y) from the reference R:
+ *   mcType & 12 == 0   R(x,y)
+ *               == 4   (R(x,y) + R(x,y+1) + 1 - rc) >> 1              one more row read
+ *               == 8   (R(x,y) + R(x+1,y) + 1 - rc) >> 1              one more column read
+ *               == 12  (R(x,y) + R(x+1,y) + R(x,y+1) + R(x+1,y+1) + 2 - rc) >> 2
+ *                                                                      one more row and column
+ * The difference is C - P as Zan16s (C the current block).  No byte beyond
+ * the block and the extra row or column of its position is read.
+ */
+
+/* W x H blocks (16x16, 16x8, 8x16, 8x8, 8x4).  pDiff (diffStep) receives
+ * C - P.  pPredictor is optional: when it is not null it receives P
+ * (predictorStep), formed in the same pass; it is not tested.  Tested for
+ * null: pCur, pRef, pDiff. */
+ZanStatus zaniGetDiff16x16_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                    Zan16s* pDiff, Zan32s diffStep, Zan16s* pPredictor, Zan32s predictorStep,
+                                    Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniGetDiff16x8_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                   Zan16s* pDiff, Zan32s diffStep, Zan16s* pPredictor, Zan32s predictorStep,
+                                   Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniGetDiff8x16_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                   Zan16s* pDiff, Zan32s diffStep, Zan16s* pPredictor, Zan32s predictorStep,
+                                   Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniGetDiff8x8_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                  Zan16s* pDiff, Zan32s diffStep, Zan16s* pPredictor, Zan32s predictorStep,
+                                  Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniGetDiff8x4_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                  Zan16s* pDiff, Zan32s diffStep, Zan16s* pPredictor, Zan32s predictorStep,
+                                  Zan32s mcType, Zan32s roundControl);
+
+/* Bidirectional: P = (P0 + P1 + 1) >> 1, P0 from pRefF at mcTypeF and P1
+ * from pRefB at mcTypeB, both with the same rc.  No predictor output.
+ * Tested for null: pCur, pRefF, pRefB, pDiff. */
+ZanStatus zaniGetDiff16x16B_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                     Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                     Zan16s* pDiff, Zan32s diffStep, Zan32s roundControl);
+ZanStatus zaniGetDiff16x8B_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                    Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                    Zan16s* pDiff, Zan32s diffStep, Zan32s roundControl);
+ZanStatus zaniGetDiff8x16B_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                    Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                    Zan16s* pDiff, Zan32s diffStep, Zan32s roundControl);
+ZanStatus zaniGetDiff8x8B_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                   Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                   Zan16s* pDiff, Zan32s diffStep, Zan32s roundControl);
+ZanStatus zaniGetDiff8x4B_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                   Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                   Zan16s* pDiff, Zan32s diffStep, Zan32s roundControl);
+
+/* Two interleaved chroma channels: a row is 8 pairs (16 bytes), even bytes
+ * U, odd bytes V; 8 or 4 rows.  The half-sample neighbour of the same
+ * channel lies 2 bytes on (so HF and HH read 2 more bytes a row).  pDiffU
+ * and pDiffV receive the 8 differences of each channel per row.  No
+ * predictor output.  Every pointer is tested for null. */
+ZanStatus zaniGetDiff8x8_8u16s_C2P2(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                    Zan16s* pDiffU, Zan32s diffStepU, Zan16s* pDiffV, Zan32s diffStepV,
+                                    Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniGetDiff8x4_8u16s_C2P2(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                    Zan16s* pDiffU, Zan32s diffStepU, Zan16s* pDiffV, Zan32s diffStepV,
+                                    Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniGetDiff8x8B_8u16s_C2P2(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                     Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                     Zan16s* pDiffU, Zan32s diffStepU, Zan16s* pDiffV, Zan32s diffStepV,
+                                     Zan32s roundControl);
+ZanStatus zaniGetDiff8x4B_8u16s_C2P2(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRefF, Zan32s refStepF,
+                                     Zan32s mcTypeF, const Zan8u* pRefB, Zan32s refStepB, Zan32s mcTypeB,
+                                     Zan16s* pDiffU, Zan32s diffStepU, Zan16s* pDiffV, Zan32s diffStepV,
+                                     Zan32s roundControl);
+
+/* 4x4 plain difference C - R, no position.  Tested for null: all three. */
+ZanStatus zaniGetDiff4x4_8u16s_C1(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
+                                  Zan16s* pDiff, Zan32s diffStep);
+
+/* pDst = S1 - S2 as Zan16s, steps in bytes.  The Zan16u forms subtract in
+ * 16 bits and wrap: 0 - 65535 gives 1, 40000 - 0 gives -25536.  Tested for
+ * null: all three pointers. */
+ZanStatus zaniSub16x16_8u16s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                 Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniSub8x8_8u16s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                               Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniSub4x4_8u16s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                               Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniSub8x8_16u16s_C1R(const Zan16u* pSrc1, Zan32s src1Step, const Zan16u* pSrc2, Zan32s src2Step,
+                                Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniSub4x4_16u16s_C1R(const Zan16u* pSrc1, Zan32s src1Step, const Zan16u* pSrc2, Zan32s src2Step,
+                                Zan16s* pDst, Zan32s dstStep);
+
 /* ==== end of diff ==== */
 
 /* ==== dct: block DCT and scan ==== */
