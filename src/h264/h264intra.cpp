@@ -521,11 +521,11 @@ Zan32s pred16_plane_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
     const __m128i w = _mm_setr_epi8(-8, -7, -6, -5, -4, -3, -2, -1, 0, 1, 2, 3, 4, 5, 6, 7);
     const Zan8u* top = row(p, s, -1);
     const Zan32s H = weighted_sum16(load16(top - 1), w) + 8 * top[15];
-    alignas(16) Zan8u l[16];
-    l[0] = top[-1];
-    for (int y = 0; y < 15; ++y) l[y + 1] = row(p, s, y)[-1];
+    // The left column is read a byte at a time; its weighted sum is formed as
+    // it comes, which avoids a 16-byte load of freshly stored bytes.
+    Zan32s V = -8 * top[-1];
+    for (int y = 0; y < 16; ++y) V += (y - 7) * row(p, s, y)[-1];
     const Zan32s left15 = row(p, s, 15)[-1];
-    const Zan32s V = weighted_sum16(simd::load16a(l), w) + 8 * left15;
     const Zan32s a = 16 * (left15 + top[15]), b = (5 * H + 32) >> 6, c = (5 * V + 32) >> 6;
     // lanes x = 0..7 and 8..15 of a + b * (x - 7) + c * (y - 7) + 16, in 16 bits
     const __m128i bx = _mm_mullo_epi16(_mm_set1_epi16(static_cast<Zan16s>(b)), _mm_setr_epi16(-7, -6, -5, -4, -3, -2, -1, 0));
@@ -610,17 +610,11 @@ Zan32s chroma_horizontal_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
 Zan32s chroma_plane_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
     if ((avail & (kAbove | kLeft | kCorner)) != (kAbove | kLeft | kCorner)) return 1;
     const Zan8u* top = row(p, s, -1);
-    alignas(16) Zan8u l[16] = {};
-    l[0] = top[-1];
-    for (int y = 0; y < 7; ++y) l[y + 1] = row(p, s, y)[-1];
+    const __m128i w = _mm_setr_epi8(-4, -3, -2, -1, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0);
+    const Zan32s H = simd::hsum_epi32(_mm_madd_epi16(_mm_maddubs_epi16(load8(top - 1), w), _mm_set1_epi16(1))) + 4 * top[7];
+    Zan32s V = -4 * top[-1];
+    for (int y = 0; y < 8; ++y) V += (y - 3) * row(p, s, y)[-1];
     const Zan32s left7 = row(p, s, 7)[-1];
-    // top[-1..6] in the low half, left[-1..6] in the high half
-    const __m128i bytes = _mm_unpacklo_epi64(load8(top - 1), load8(l));
-    const __m128i w = _mm_setr_epi8(-4, -3, -2, -1, 0, 1, 2, 3, -4, -3, -2, -1, 0, 1, 2, 3);
-    const __m128i sums = _mm_madd_epi16(_mm_maddubs_epi16(bytes, w), _mm_set1_epi16(1));
-    const __m128i hv = _mm_add_epi32(sums, _mm_shuffle_epi32(sums, _MM_SHUFFLE(2, 3, 0, 1)));
-    const Zan32s H = _mm_cvtsi128_si32(hv) + 4 * top[7];
-    const Zan32s V = _mm_cvtsi128_si32(_mm_unpackhi_epi64(hv, hv)) + 4 * left7;
     const Zan32s a = 16 * (left7 + top[7]), b = (17 * H + 16) >> 5, c = (17 * V + 16) >> 5;
     __m128i v = _mm_add_epi16(_mm_mullo_epi16(_mm_set1_epi16(static_cast<Zan16s>(b)), _mm_setr_epi16(-3, -2, -1, 0, 1, 2, 3, 4)),
                               _mm_set1_epi16(static_cast<Zan16s>(a - 3 * c + 16)));
@@ -694,34 +688,27 @@ Zan32s chroma_plane_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
     const Zan8u* top = row(p, s, -1);
     // top[-1..6] of U and of V: 16 bytes from the U corner, U V alternating
     const __m128i t = load16(top - 2);
-    alignas(16) Zan8u l[16];
-    l[0] = top[-2];
-    l[1] = top[-1];
-    for (int y = 0; y < 7; ++y) {
-        l[2 * y + 2] = row(p, s, y)[-2];
-        l[2 * y + 3] = row(p, s, y)[-1];
-    }
     const Zan8u* r7 = row(p, s, 7);
     const __m128i w = _mm_setr_epi8(-4, 0, -3, 0, -2, 0, -1, 0, 0, 0, 1, 0, 2, 0, 3, 0);
-    auto wsum = [&](__m128i bytes) {  // U weighted sum in lane 0, V in lane 1 after the shift
+    auto wsum = [&](__m128i bytes) {  // the weighted sum of the even bytes
         return simd::hsum_epi32(_mm_madd_epi16(_mm_maddubs_epi16(bytes, w), _mm_set1_epi16(1)));
     };
-    const __m128i lv = simd::load16a(l);
     const Zan32s Hu = wsum(t) + 4 * top[14], Hv = wsum(_mm_srli_si128(t, 1)) + 4 * top[15];
-    const Zan32s Vu = wsum(lv) + 4 * r7[-2], Vv = wsum(_mm_srli_si128(lv, 1)) + 4 * r7[-1];
+    Zan32s Vu = -4 * top[-2], Vv = -4 * top[-1];
+    for (int y = 0; y < 8; ++y) {
+        Vu += (y - 3) * row(p, s, y)[-2];
+        Vv += (y - 3) * row(p, s, y)[-1];
+    }
     const Zan32s au = 16 * (r7[-2] + top[14]), av = 16 * (r7[-1] + top[15]);
     const Zan32s bu = (17 * Hu + 16) >> 5, bv = (17 * Hv + 16) >> 5;
     const Zan32s cu = (17 * Vu + 16) >> 5, cv = (17 * Vv + 16) >> 5;
-    const __m128i b = _mm_setr_epi16(static_cast<Zan16s>(bu), static_cast<Zan16s>(bv), static_cast<Zan16s>(bu),
-                                     static_cast<Zan16s>(bv), static_cast<Zan16s>(bu), static_cast<Zan16s>(bv),
-                                     static_cast<Zan16s>(bu), static_cast<Zan16s>(bv));
-    const __m128i base = _mm_setr_epi16(static_cast<Zan16s>(au - 3 * cu + 16), static_cast<Zan16s>(av - 3 * cv + 16),
-                                        static_cast<Zan16s>(au - 3 * cu + 16), static_cast<Zan16s>(av - 3 * cv + 16),
-                                        static_cast<Zan16s>(au - 3 * cu + 16), static_cast<Zan16s>(av - 3 * cv + 16),
-                                        static_cast<Zan16s>(au - 3 * cu + 16), static_cast<Zan16s>(av - 3 * cv + 16));
-    const __m128i dc = _mm_setr_epi16(static_cast<Zan16s>(cu), static_cast<Zan16s>(cv), static_cast<Zan16s>(cu),
-                                      static_cast<Zan16s>(cv), static_cast<Zan16s>(cu), static_cast<Zan16s>(cv),
-                                      static_cast<Zan16s>(cu), static_cast<Zan16s>(cv));
+    // U in the even 16-bit lanes, V in the odd ones
+    auto lanes = [](Zan32s u, Zan32s v) {
+        return _mm_set1_epi32(static_cast<Zan32s>((static_cast<Zan32u>(u) & 0xffff) | static_cast<Zan32u>(v) << 16));
+    };
+    const __m128i b = lanes(bu, bv);
+    const __m128i base = lanes(au - 3 * cu + 16, av - 3 * cv + 16);
+    const __m128i dc = lanes(cu, cv);
     // x - 3 for pairs 0..3 and 4..7
     __m128i lo = _mm_add_epi16(base, _mm_mullo_epi16(b, _mm_setr_epi16(-3, -3, -2, -2, -1, -1, 0, 0)));
     __m128i hi = _mm_add_epi16(base, _mm_mullo_epi16(b, _mm_setr_epi16(1, 1, 2, 2, 3, 3, 4, 4)));
