@@ -720,6 +720,167 @@ Zan32s chroma_plane_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
     return 0;
 }
 
+// --- 8x8 luma edge preparation
+
+// The raw samples, then the [1 2 1] smoothing of all of them at once on the
+// edge vector E laid out as for the directional 8x8 modes below (its
+// repeated ends give the standard's end rules), then the cases the vector
+// form does not cover: an absent corner (the first samples use 3 * p[0] +
+// p[1]), an absent edge (kept unfiltered), a corner beside one edge or none.
+void filter8x8_ssse3(Edge8x8* e, const Zan8u* p, Zan32s s, Zan32s avail) {
+    const bool above = avail & kAbove, left = avail & kLeft, corner = avail & kCorner,
+               aboveRight = avail & kAboveRight;
+    const Zan8u* top = row(p, s, -1);
+    Edge8x8::Samples& r = e->raw;
+    const Zan64u t0 = above ? load64(top) : 0x8080808080808080ull;
+    const Zan64u t1 = aboveRight ? load64(top + 8) : (t0 >> 56) * 0x0101010101010101ull;
+    std::memcpy(r.above, &t0, 8);
+    std::memcpy(r.above + 8, &t1, 8);
+    if (left)
+        for (int y = 0; y < 8; ++y) r.left[y] = row(p, s, y)[-1];
+    else
+        std::memset(r.left, 128, 8);
+    r.corner = corner ? top[-1] : 128;
+    e->avail = avail;
+
+    const __m128i l = load8(r.left);
+    const __m128i ct = load16(&r.corner);  // c t0 .. t14
+    const __m128i e0 = _mm_or_si128(_mm_shuffle_epi8(l, _mm_setr_epi8(7, 7, 6, 5, 4, 3, 2, 1, 0, -1, -1, -1, -1, -1, -1, -1)),
+                                    _mm_shuffle_epi8(ct, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5, 6)));
+    const __m128i last = _mm_and_si128(_mm_set1_epi8(static_cast<char>(r.above[15])),
+                                       _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1));
+    const __m128i e1full = _mm_or_si128(_mm_srli_si128(ct, 7), last);  // t6 .. t14, then t15 repeated
+    const __m128i f0 = avg3_u8(_mm_slli_si128(e0, 1), e0, _mm_alignr_epi8(e1full, e0, 1));
+    const __m128i f1 = avg3_u8(_mm_alignr_epi8(e1full, e0, 15), e1full, _mm_srli_si128(e1full, 1));
+
+    Edge8x8::Samples& f = e->filtered;
+    if (above) store16(f.above, _mm_alignr_epi8(f1, f0, 10));
+    else std::memcpy(f.above, r.above, 16);
+    if (left) store8(f.left, _mm_shuffle_epi8(f0, _mm_setr_epi8(8, 7, 6, 5, 4, 3, 2, 1, -1, -1, -1, -1, -1, -1, -1, -1)));
+    else std::memcpy(f.left, r.left, 8);
+    f.corner = r.corner;
+    if (corner) {
+        if (above && left) f.corner = static_cast<Zan8u>(_mm_extract_epi16(f0, 4) >> 8);  // byte 9
+        else if (above || left) f.corner = static_cast<Zan8u>((3 * r.corner + (above ? r.above[0] : r.left[0]) + 2) >> 2);
+    } else {
+        if (above) f.above[0] = static_cast<Zan8u>((3 * r.above[0] + r.above[1] + 2) >> 2);
+        if (left) f.left[0] = static_cast<Zan8u>((3 * r.left[0] + r.left[1] + 2) >> 2);
+    }
+}
+
+// --- 8x8 luma, from the filtered samples of an edge record
+
+void pred8x8_vertical_sse2(const Edge8x8* e, Zan8u* p, Zan32s s) { fill_rows<8, 8>(p, s, load8(e->filtered.above)); }
+
+void pred8x8_horizontal_ssse3(const Edge8x8* e, Zan8u* p, Zan32s s) {
+    const __m128i l = load8(e->filtered.left);
+    for (int y = 0; y < 8; ++y) store8(row(p, s, y), _mm_shuffle_epi8(l, _mm_set1_epi8(static_cast<char>(y))));
+}
+
+void pred8x8_dc_sse2(const Edge8x8* e, Zan8u* p, Zan32s s) {
+    const bool above = e->avail & kAbove, left = e->avail & kLeft;
+    const __m128i sums = _mm_sad_epu8(_mm_unpacklo_epi64(load8(e->filtered.above), load8(e->filtered.left)),
+                                      _mm_setzero_si128());
+    const Zan32s sa = _mm_cvtsi128_si32(sums), sl = _mm_cvtsi128_si32(_mm_unpackhi_epi64(sums, sums));
+    const Zan32s dc = above && left ? (sa + sl + 8) >> 4 : above ? (sa + 4) >> 3 : left ? (sl + 4) >> 3 : 128;
+    fill_rows<8, 8>(p, s, _mm_set1_epi8(static_cast<char>(dc)));
+}
+
+// The directional 8x8 modes run as the 4x4 ones do, on a 32-byte edge
+//   E = l7 l7 l6 l5 l4 l3 l2 l1 l0 c t0 .. t15 t15 t15 t15 t15 t15 t15
+// held in two registers, with F its three-tap smoothing and A its two-tap
+// average.  Each pair of rows takes its 16 samples from a 16-byte window of F
+// and one of A (the windows start where the pair's smallest index lies).
+struct Shuffle8x8 {
+    alignas(16) Zan8s f[4][16];
+    alignas(16) Zan8s a[4][16];
+    int fStart[4], aStart[4];
+    bool useA[4];
+};
+
+// Index of sample (x, y) in F (isA false) or A (isA true).
+constexpr int index8x8(int mode, int x, int y, bool& isA) {
+    isA = false;
+    if (mode == kDiagDownLeft) return 11 + x + y;
+    if (mode == kDiagDownRight) return 9 + x - y;
+    if (mode == kVerticalRight) {
+        const int z = 2 * x - y, j = x - (y >> 1);
+        if (z >= 0) return (isA = z % 2 == 0), 9 + j;
+        return z == -1 ? 9 : 10 - y + 2 * x;
+    }
+    if (mode == kHorizontalDown) {
+        const int z = 2 * y - x, j = y - (x >> 1);
+        if (z >= 0) return z % 2 == 0 ? (isA = true, 8 - j) : 9 - j;
+        return z == -1 ? 9 : 8 + x - 2 * y;
+    }
+    if (mode == kVerticalLeft) {
+        const int j = x + (y >> 1);
+        return y % 2 == 0 ? (isA = true, 10 + j) : 11 + j;
+    }
+    const int z = x + 2 * y, j = y + (x >> 1);  // kHorizontalUp
+    if (z < 13) return z % 2 == 0 ? (isA = true, 7 - j) : 7 - j;
+    if (z == 13) return 1;
+    return isA = true, 0;
+}
+
+constexpr Shuffle8x8 shuffle8x8(int mode) {
+    Shuffle8x8 m{};
+    for (int r = 0; r < 4; ++r) {
+        int fMin = 32, aMin = 32;
+        for (int i = 0; i < 16; ++i) {
+            bool isA = false;
+            const int k = index8x8(mode, i % 8, 2 * r + i / 8, isA);
+            if (isA) aMin = k < aMin ? k : aMin;
+            else fMin = k < fMin ? k : fMin;
+        }
+        m.fStart[r] = fMin > 16 ? 16 : fMin;
+        m.aStart[r] = aMin > 16 ? 16 : aMin;
+        m.useA[r] = aMin < 32;
+        for (int i = 0; i < 16; ++i) {
+            bool isA = false;
+            const int k = index8x8(mode, i % 8, 2 * r + i / 8, isA);
+            m.f[r][i] = static_cast<Zan8s>(isA ? -128 : k - m.fStart[r]);
+            m.a[r][i] = static_cast<Zan8s>(isA ? k - m.aStart[r] : -128);
+        }
+    }
+    return m;
+}
+
+template <int Mode>
+inline constexpr Shuffle8x8 kShuffle8x8 = shuffle8x8(Mode);
+
+template <int Mode, int R>
+inline void pred8x8_row_pair(__m128i f0, __m128i f1, __m128i a0, __m128i a1, Zan8u* p, Zan32s s) {
+    constexpr int fStart = kShuffle8x8<Mode>.fStart[R], aStart = kShuffle8x8<Mode>.aStart[R];
+    static_assert(fStart >= 0 && aStart >= 0 && fStart <= 16 && aStart <= 16);
+    __m128i out = _mm_shuffle_epi8(_mm_alignr_epi8(f1, f0, fStart), simd::load16a(kShuffle8x8<Mode>.f[R]));
+    if constexpr (kShuffle8x8<Mode>.useA[R])
+        out = _mm_or_si128(out, _mm_shuffle_epi8(_mm_alignr_epi8(a1, a0, aStart), simd::load16a(kShuffle8x8<Mode>.a[R])));
+    store8(row(p, s, 2 * R), out);
+    store8(row(p, s, 2 * R + 1), _mm_unpackhi_epi64(out, out));
+}
+
+template <int Mode>
+void pred8x8_diag_ssse3(const Edge8x8* e, Zan8u* p, Zan32s s) {
+    const Edge8x8::Samples& f = e->filtered;
+    const __m128i l = load8(f.left);        // l0 .. l7
+    const __m128i ct = load16(&f.corner);   // c t0 .. t14
+    const __m128i e0 = _mm_or_si128(_mm_shuffle_epi8(l, _mm_setr_epi8(7, 7, 6, 5, 4, 3, 2, 1, 0, -1, -1, -1, -1, -1, -1, -1)),
+                                    _mm_shuffle_epi8(ct, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5, 6)));
+    const __m128i last = _mm_and_si128(_mm_set1_epi8(static_cast<char>(f.above[15])),
+                                       _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1));
+    const __m128i e1 = _mm_or_si128(_mm_shuffle_epi8(ct, _mm_setr_epi8(7, 8, 9, 10, 11, 12, 13, 14, 15, -1, -1, -1, -1, -1, -1, -1)),
+                                    last);
+    const __m128i next0 = _mm_alignr_epi8(e1, e0, 1), next1 = _mm_srli_si128(e1, 1);
+    const __m128i f0 = avg3_u8(_mm_slli_si128(e0, 1), e0, next0);
+    const __m128i f1 = avg3_u8(_mm_alignr_epi8(e1, e0, 15), e1, next1);
+    const __m128i a0 = _mm_avg_epu8(e0, next0), a1 = _mm_avg_epu8(e1, next1);
+    pred8x8_row_pair<Mode, 0>(f0, f1, a0, a1, p, s);
+    pred8x8_row_pair<Mode, 1>(f0, f1, a0, a1, p, s);
+    pred8x8_row_pair<Mode, 2>(f0, f1, a0, a1, p, s);
+    pred8x8_row_pair<Mode, 3>(f0, f1, a0, a1, p, s);
+}
+
 // ================================================================= tables
 
 constexpr Pred4x4Fn kPred4x4[9] = {
@@ -732,8 +893,15 @@ constexpr PredBlockFn kChroma[4] = {chroma_dc_sse2, chroma_horizontal_sse2, chro
 constexpr PredBlockFn kChromaNv12[4] = {chroma_dc_nv12_ssse3, chroma_horizontal_nv12_ssse3, chroma_vertical_nv12_ssse3,
                                         chroma_plane_nv12_ssse3};
 constexpr Pred8x8Fn kPred8x8[9] = {
-    pred8x8_rule<0>, pred8x8_rule<1>, pred8x8_rule<2>, pred8x8_rule<3>, pred8x8_rule<4>,
-    pred8x8_rule<5>, pred8x8_rule<6>, pred8x8_rule<7>, pred8x8_rule<8>,
+    pred8x8_vertical_sse2,
+    pred8x8_horizontal_ssse3,
+    pred8x8_dc_sse2,
+    pred8x8_diag_ssse3<kDiagDownLeft>,
+    pred8x8_diag_ssse3<kDiagDownRight>,
+    pred8x8_diag_ssse3<kVerticalRight>,
+    pred8x8_diag_ssse3<kHorizontalDown>,
+    pred8x8_diag_ssse3<kVerticalLeft>,
+    pred8x8_diag_ssse3<kHorizontalUp>,
 };
 
 // ============================================================= catalogue
@@ -766,6 +934,21 @@ constexpr KernelPair<PredBlockFn> kChromaPairs[] = {
     {"chroma8x8_nv12_plane", chroma_rule<3, 2>, kChromaNv12[3], 16, 8, 19},
 };
 
+constexpr KernelPair<EdgeFilterFn> kFilter8x8Pairs[] = {
+    {"filter8x8", filter8x8_rule, filter8x8_ssse3, 16, 8, 0},
+};
+constexpr KernelPair<Pred8x8Fn> kPred8x8Pairs[] = {
+    {"pred8x8_vertical", pred8x8_rule<0>, kPred8x8[0], 8, 8, 0},
+    {"pred8x8_horizontal", pred8x8_rule<1>, kPred8x8[1], 8, 8, 1},
+    {"pred8x8_dc", pred8x8_rule<2>, kPred8x8[2], 8, 8, 2},
+    {"pred8x8_diag_down_left", pred8x8_rule<3>, kPred8x8[3], 8, 8, 3},
+    {"pred8x8_diag_down_right", pred8x8_rule<4>, kPred8x8[4], 8, 8, 4},
+    {"pred8x8_vertical_right", pred8x8_rule<5>, kPred8x8[5], 8, 8, 5},
+    {"pred8x8_horizontal_down", pred8x8_rule<6>, kPred8x8[6], 8, 8, 6},
+    {"pred8x8_vertical_left", pred8x8_rule<7>, kPred8x8[7], 8, 8, 7},
+    {"pred8x8_horizontal_up", pred8x8_rule<8>, kPred8x8[8], 8, 8, 8},
+};
+
 }  // namespace
 
 const Pred4x4Fn pred4x4[9] = {kPred4x4[0], kPred4x4[1], kPred4x4[2], kPred4x4[3], kPred4x4[4],
@@ -773,10 +956,10 @@ const Pred4x4Fn pred4x4[9] = {kPred4x4[0], kPred4x4[1], kPred4x4[2], kPred4x4[3]
 const PredBlockFn pred16x16[4] = {kPred16[0], kPred16[1], kPred16[2], kPred16[3]};
 const PredBlockFn chroma[4] = {kChroma[0], kChroma[1], kChroma[2], kChroma[3]};
 const PredBlockFn chroma_nv12[4] = {kChromaNv12[0], kChromaNv12[1], kChromaNv12[2], kChromaNv12[3]};
-const EdgeFilterFn filter_edges_8x8 = filter8x8_rule;
+const EdgeFilterFn filter_edges_8x8 = filter8x8_ssse3;
 const Pred8x8Fn pred8x8[9] = {kPred8x8[0], kPred8x8[1], kPred8x8[2], kPred8x8[3], kPred8x8[4],
                               kPred8x8[5], kPred8x8[6], kPred8x8[7], kPred8x8[8]};
-const Kernels kernels = {kPred4x4Pairs, kPred16Pairs, kChromaPairs, {}, {}};
+const Kernels kernels = {kPred4x4Pairs, kPred16Pairs, kChromaPairs, kFilter8x8Pairs, kPred8x8Pairs};
 
 }  // namespace zan::ZAN_PATH::h264intra
 

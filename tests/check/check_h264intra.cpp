@@ -93,6 +93,49 @@ TEST(CheckH264Intra, Luma4x4KernelsEqualRules) { check_equal(kernels().pred4x4, 
 TEST(CheckH264Intra, Luma16x16KernelsEqualRules) { check_equal(kernels().pred16x16, 2); }
 TEST(CheckH264Intra, ChromaKernelsEqualRules) { check_equal(kernels().chroma, 3); }
 
+// 8x8 predictors: a random edge record (any bytes, any availability) and an
+// output block inside guards.
+TEST(CheckH264Intra, Luma8x8KernelsEqualRules) {
+    Rng rng(12);
+    for (const auto& e : kernels().pred8x8)
+        for (int d = 0; d < draws(); ++d) {
+            Edge8x8 edge;
+            rng.fill(&edge, sizeof edge);
+            edge.avail = availability(d, rng);
+            auto steps = steps_for(8);
+            const Zan32s step = steps[static_cast<size_t>(d) % steps.size()], align = (d * 5) % 64;
+            Region want(8, 8, step, align), got(8, 8, step, align);
+            want.fill(rng);
+            copy_region(got, want, 8, 8);
+            e.rule(&edge, want.origin(), step);
+            e.simd(&edge, got.origin(), step);
+            ASSERT_TRUE(want.same_as(got)) << e.name << " draw " << d << " step " << step << " seed " << seed();
+        }
+}
+
+// The 8x8 edge preparation: the picture around the block is random, the
+// record is compared whole (both records start from the same bytes, so
+// padding compares equal too), and the picture must be left as it was.
+TEST(CheckH264Intra, EdgeFilter8x8KernelEqualsRule) {
+    Rng rng(13);
+    const Shape sh{1, 16, 8, 8};
+    for (const auto& e : kernels().filter8x8)
+        for (int d = 0; d < draws(); ++d) {
+            const Layout l = layout(d, sh);
+            const Zan32s a = availability(d, rng);
+            Region pic(sh.span(), sh.height + 1, l.step, l.align), copy(sh.span(), sh.height + 1, l.step, l.align);
+            pic.fill(rng);
+            copy_region(copy, pic, sh.span(), sh.height + 1);
+            Edge8x8 want, got;
+            std::memset(&want, 0x5A, sizeof want);
+            std::memset(&got, 0x5A, sizeof got);
+            e.rule(&want, block_in(pic, sh), l.step, a);
+            e.simd(&got, block_in(pic, sh), l.step, a);
+            ASSERT_EQ(0, std::memcmp(&want, &got, sizeof want)) << WHERE(e, d, l, a);
+            ASSERT_TRUE(pic.same_as(copy)) << WHERE(e, d, l, a);
+        }
+}
+
 // Flat pictures and ramps reach the clamping of the plane modes and the
 // rounding edges of the averages more often than random bytes do.
 template <class Fn>
@@ -224,6 +267,15 @@ void check_top_row_not_read(const KernelList<Fn>& list) {
 }
 
 TEST(CheckH264Intra, AbsentRowAboveIsNeverRead) {
+    for (const auto& e : kernels().filter8x8)
+        for (Zan32s step : {40, -40})
+            for (Zan32s a : {0, static_cast<Zan32s>(kLeft)}) {
+                GuardedPlane plane(step, 8);
+                ASSERT_TRUE(plane.ok());
+                Edge8x8 edge;
+                e.rule(&edge, plane.first_row() + 1, step, a);
+                e.simd(&edge, plane.first_row() + 1, step, a);
+            }
     check_top_row_not_read(kernels().pred4x4);
     check_top_row_not_read(kernels().pred16x16);
     check_top_row_not_read(kernels().chroma);
