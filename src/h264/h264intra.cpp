@@ -731,27 +731,31 @@ void filter8x8_ssse3(Edge8x8* e, const Zan8u* p, Zan32s s, Zan32s avail) {
     const bool above = avail & kAbove, left = avail & kLeft, corner = avail & kCorner,
                aboveRight = avail & kAboveRight;
     const Zan8u* top = row(p, s, -1);
-    Edge8x8::Samples& r = e->raw;
     const Zan64u t0 = above ? load64(top) : 0x8080808080808080ull;
     const Zan64u t1 = aboveRight ? load64(top + 8) : (t0 >> 56) * 0x0101010101010101ull;
+    Zan64u lw = 0x8080808080808080ull;
+    if (left) {
+        lw = 0;
+        for (int y = 7; y >= 0; --y) lw = lw << 8 | row(p, s, y)[-1];
+    }
+    const Zan32s c = corner ? top[-1] : 128;
+    Edge8x8::Samples& r = e->raw;
     std::memcpy(r.above, &t0, 8);
     std::memcpy(r.above + 8, &t1, 8);
-    if (left)
-        for (int y = 0; y < 8; ++y) r.left[y] = row(p, s, y)[-1];
-    else
-        std::memset(r.left, 128, 8);
-    r.corner = corner ? top[-1] : 128;
+    std::memcpy(r.left, &lw, 8);
+    r.corner = static_cast<Zan8u>(c);
     e->avail = avail;
 
-    const __m128i l = load8(r.left);
-    const __m128i ct = load16(&r.corner);  // c t0 .. t14
-    const __m128i e0 = _mm_or_si128(_mm_shuffle_epi8(l, _mm_setr_epi8(7, 7, 6, 5, 4, 3, 2, 1, 0, -1, -1, -1, -1, -1, -1, -1)),
-                                    _mm_shuffle_epi8(ct, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5, 6)));
-    const __m128i last = _mm_and_si128(_mm_set1_epi8(static_cast<char>(r.above[15])),
-                                       _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1));
-    const __m128i e1full = _mm_or_si128(_mm_srli_si128(ct, 7), last);  // t6 .. t14, then t15 repeated
-    const __m128i f0 = avg3_u8(_mm_slli_si128(e0, 1), e0, _mm_alignr_epi8(e1full, e0, 1));
-    const __m128i f1 = avg3_u8(_mm_alignr_epi8(e1full, e0, 15), e1full, _mm_srli_si128(e1full, 1));
+    const __m128i l = _mm_cvtsi64_si128(static_cast<long long>(lw));
+    const __m128i t = _mm_unpacklo_epi64(_mm_cvtsi64_si128(static_cast<long long>(t0)),
+                                         _mm_cvtsi64_si128(static_cast<long long>(t1)));
+    const __m128i e0 = _mm_or_si128(
+        _mm_or_si128(_mm_shuffle_epi8(l, _mm_setr_epi8(7, 7, 6, 5, 4, 3, 2, 1, 0, -1, -1, -1, -1, -1, -1, -1)),
+                     _mm_slli_si128(_mm_cvtsi32_si128(c), 9)),
+        _mm_slli_si128(t, 10));
+    const __m128i e1 = _mm_shuffle_epi8(t, _mm_setr_epi8(6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 15, 15, 15, 15, 15, 15));
+    const __m128i f0 = avg3_u8(_mm_slli_si128(e0, 1), e0, _mm_alignr_epi8(e1, e0, 1));
+    const __m128i f1 = avg3_u8(_mm_alignr_epi8(e1, e0, 15), e1, _mm_srli_si128(e1, 1));
 
     Edge8x8::Samples& f = e->filtered;
     if (above) store16(f.above, _mm_alignr_epi8(f1, f0, 10));
@@ -867,10 +871,7 @@ void pred8x8_diag_ssse3(const Edge8x8* e, Zan8u* p, Zan32s s) {
     const __m128i ct = load16(&f.corner);   // c t0 .. t14
     const __m128i e0 = _mm_or_si128(_mm_shuffle_epi8(l, _mm_setr_epi8(7, 7, 6, 5, 4, 3, 2, 1, 0, -1, -1, -1, -1, -1, -1, -1)),
                                     _mm_shuffle_epi8(ct, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5, 6)));
-    const __m128i last = _mm_and_si128(_mm_set1_epi8(static_cast<char>(f.above[15])),
-                                       _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1));
-    const __m128i e1 = _mm_or_si128(_mm_shuffle_epi8(ct, _mm_setr_epi8(7, 8, 9, 10, 11, 12, 13, 14, 15, -1, -1, -1, -1, -1, -1, -1)),
-                                    last);
+    const __m128i e1 = _mm_shuffle_epi8(load16(f.above), _mm_setr_epi8(6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 15, 15, 15, 15, 15, 15));
     const __m128i next0 = _mm_alignr_epi8(e1, e0, 1), next1 = _mm_srli_si128(e1, 1);
     const __m128i f0 = avg3_u8(_mm_slli_si128(e0, 1), e0, next0);
     const __m128i f1 = avg3_u8(_mm_alignr_epi8(e1, e0, 15), e1, next1);
