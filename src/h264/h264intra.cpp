@@ -694,11 +694,25 @@ Zan32s chroma_plane_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
         return simd::hsum_epi32(_mm_madd_epi16(_mm_maddubs_epi16(bytes, w), _mm_set1_epi16(1)));
     };
     const Zan32s Hu = wsum(t) + 4 * top[14], Hv = wsum(_mm_srli_si128(t, 1)) + 4 * top[15];
-    Zan32s Vu = -4 * top[-2], Vv = -4 * top[-1];
-    for (int y = 0; y < 8; ++y) {
-        Vu += (y - 3) * row(p, s, y)[-2];
-        Vv += (y - 3) * row(p, s, y)[-1];
-    }
+    // The left pairs (U, V) of rows 0..7, one 16-bit insert each, weighted by y - 3.
+    __m128i lp = _mm_setzero_si128();
+    auto pair_at = [&](int y) {
+        Zan16u v;
+        std::memcpy(&v, row(p, s, y) - 2, 2);
+        return static_cast<int>(v);
+    };
+    lp = _mm_insert_epi16(lp, pair_at(0), 0);
+    lp = _mm_insert_epi16(lp, pair_at(1), 1);
+    lp = _mm_insert_epi16(lp, pair_at(2), 2);
+    lp = _mm_insert_epi16(lp, pair_at(3), 3);
+    lp = _mm_insert_epi16(lp, pair_at(4), 4);
+    lp = _mm_insert_epi16(lp, pair_at(5), 5);
+    lp = _mm_insert_epi16(lp, pair_at(6), 6);
+    lp = _mm_insert_epi16(lp, pair_at(7), 7);
+    const __m128i wl = _mm_setr_epi8(-3, 0, -2, 0, -1, 0, 0, 0, 1, 0, 2, 0, 3, 0, 4, 0);
+    const Zan32s Vu = -4 * top[-2] + simd::hsum_epi32(_mm_madd_epi16(_mm_maddubs_epi16(lp, wl), _mm_set1_epi16(1)));
+    const Zan32s Vv = -4 * top[-1] +
+                      simd::hsum_epi32(_mm_madd_epi16(_mm_maddubs_epi16(_mm_srli_si128(lp, 1), wl), _mm_set1_epi16(1)));
     const Zan32s au = 16 * (r7[-2] + top[14]), av = 16 * (r7[-1] + top[15]);
     const Zan32s bu = (17 * Hu + 16) >> 5, bv = (17 * Hv + 16) >> 5;
     const Zan32s cu = (17 * Vu + 16) >> 5, cv = (17 * Vv + 16) >> 5;
