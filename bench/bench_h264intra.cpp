@@ -37,6 +37,17 @@ void time_block(benchmark::State& s, const KernelPair<Fn>&, Fn fn) {
     }
 }
 
+void time_dc_split(benchmark::State& s, const KernelPair<ChromaDcSplitFn>&, ChromaDcSplitFn fn) {
+    Picture pic;
+    Zan8u* p = pic.block();
+    for (auto _ : s) {
+        benchmark::DoNotOptimize(p);
+        Zan32s r = fn(p, kStep, kAll, kAbove);
+        benchmark::DoNotOptimize(r);
+        benchmark::ClobberMemory();
+    }
+}
+
 void time_filter(benchmark::State& s, const KernelPair<EdgeFilterFn>&, EdgeFilterFn fn) {
     Picture pic;
     Edge8x8 e;
@@ -96,6 +107,7 @@ ZAN_BENCH_FAMILY(h264intra) {
     add_pairs<Pred4x4Fn>("h264intra", ku.pred4x4, kn.pred4x4, time_block<Pred4x4Fn>);
     add_pairs<PredBlockFn>("h264intra", ku.pred16x16, kn.pred16x16, time_block<PredBlockFn>);
     add_pairs<PredBlockFn>("h264intra", ku.chroma, kn.chroma, time_block<PredBlockFn>);
+    add_pairs<ChromaDcSplitFn>("h264intra", ku.chromaDcSplit, kn.chromaDcSplit, time_dc_split);
     add_pairs<EdgeFilterFn>("h264intra", ku.filter8x8, kn.filter8x8, time_filter);
     add_pairs<Pred8x8Fn>("h264intra", ku.pred8x8, kn.pred8x8, time_pred8x8);
     add_exports();

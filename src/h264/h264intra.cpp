@@ -204,6 +204,41 @@ inline Zan32s chroma_dc(int qx, int qy, bool above, bool left, Zan32s sumAbove, 
     return 128;
 }
 
+// DC of an 8x8 chroma block whose lower half takes the left column's
+// availability from availBottom; the row above and the upper half's left
+// column follow availTop.  With the two words equal it is the DC mode.
+template <int C>
+Zan32s chroma_dc_rule(Zan8u* p, Zan32s s, Zan32s availTop, Zan32s availBottom) {
+    const bool above = availTop & kAbove;
+    const bool left[2] = {(availTop & kLeft) != 0, (availBottom & kLeft) != 0};
+    Zan32s t[C][8] = {}, l[C][8] = {};
+    for (int k = 0; k < C; ++k) {
+        if (above)
+            for (int x = 0; x < 8; ++x) t[k][x] = px(p, s, C * x + k, -1);
+        for (int y = 0; y < 8; ++y)
+            if (left[y / 4]) l[k][y] = px(p, s, k - C, y);
+    }
+    for (int k = 0; k < C; ++k)
+        for (int qy = 0; qy < 2; ++qy)
+            for (int qx = 0; qx < 2; ++qx) {
+                Zan32s sa = 0, sl = 0;
+                for (int i = 0; i < 4; ++i) {
+                    sa += t[k][4 * qx + i];
+                    sl += l[k][4 * qy + i];
+                }
+                const Zan32s dc = chroma_dc(qx, qy, above, left[qy], sa, sl);
+                for (int y = 0; y < 4; ++y)
+                    for (int x = 0; x < 4; ++x) px(p, s, C * (4 * qx + x) + k, 4 * qy + y) = static_cast<Zan8u>(dc);
+            }
+    return 0;
+}
+
+template <int C>
+Zan32s chroma_dc_rule_same(Zan8u* p, Zan32s s, Zan32s avail) {
+    return chroma_dc_rule<C>(p, s, avail, avail);
+}
+
+// Vertical, horizontal and plane; DC is chroma_dc_rule.
 template <int Mode, int C>
 Zan32s chroma_rule(Zan8u* p, Zan32s s, Zan32s avail) {
     const bool above = avail & kAbove, left = avail & kLeft, corner = avail & kCorner;
@@ -221,19 +256,7 @@ Zan32s chroma_rule(Zan8u* p, Zan32s s, Zan32s avail) {
     }
     for (int k = 0; k < C; ++k) {
         Zan32s pred[8][8];
-        if constexpr (Mode == kChromaDc) {
-            for (int qy = 0; qy < 2; ++qy)
-                for (int qx = 0; qx < 2; ++qx) {
-                    Zan32s sa = 0, sl = 0;
-                    for (int i = 0; i < 4; ++i) {
-                        sa += t[k][4 * qx + i];
-                        sl += l[k][4 * qy + i];
-                    }
-                    const Zan32s dc = chroma_dc(qx, qy, above, left, sa, sl);
-                    for (int y = 0; y < 4; ++y)
-                        for (int x = 0; x < 4; ++x) pred[4 * qy + y][4 * qx + x] = dc;
-                }
-        } else if constexpr (Mode == kChromaPlane) {
+        if constexpr (Mode == kChromaPlane) {
             auto T = [&](int i) { return i < 0 ? c[k] : t[k][i]; };
             auto L = [&](int i) { return i < 0 ? c[k] : l[k][i]; };
             Zan32s H = 0, V = 0;
@@ -568,25 +591,28 @@ inline QuadDc quad_dc(bool above, bool left, Zan32s a0, Zan32s a1, Zan32s l0, Za
 // Sums of bytes 0..3 and 4..7 of an 8-byte row, in lanes 0 and 2.
 inline __m128i half_sums8(__m128i v8) { return _mm_sad_epu8(_mm_unpacklo_epi32(v8, _mm_setzero_si128()), _mm_setzero_si128()); }
 
-Zan32s chroma_dc_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
-    const bool above = avail & kAbove, left = avail & kLeft;
+Zan32s chroma_dc_split_sse2(Zan8u* p, Zan32s s, Zan32s availTop, Zan32s availBottom) {
+    const bool above = availTop & kAbove, leftTop = availTop & kLeft, leftBottom = availBottom & kLeft;
     Zan32s a0 = 0, a1 = 0, l0 = 0, l1 = 0;
     if (above) {
         const __m128i sums = half_sums8(load8(row(p, s, -1)));
         a0 = _mm_cvtsi128_si32(sums);
         a1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(sums, sums));
     }
-    if (left) {
+    if (leftTop)
         for (int y = 0; y < 4; ++y) l0 += row(p, s, y)[-1];
+    if (leftBottom)
         for (int y = 4; y < 8; ++y) l1 += row(p, s, y)[-1];
-    }
-    const QuadDc q = quad_dc(above, left, a0, a1, l0, l1);
+    const QuadDc q = quad_dc(above, leftTop, a0, a1, l0, l1);
+    const QuadDc qb = leftBottom == leftTop ? q : quad_dc(above, leftBottom, a0, a1, l0, l1);
     const __m128i top = _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(q.tl)), _mm_set1_epi8(static_cast<char>(q.tr)));
-    const __m128i bottom = _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(q.bl)), _mm_set1_epi8(static_cast<char>(q.br)));
+    const __m128i bottom = _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(qb.bl)), _mm_set1_epi8(static_cast<char>(qb.br)));
     fill_rows<8, 4>(p, s, top);
     fill_rows<8, 4>(row(p, s, 4), s, bottom);
     return 0;
 }
+
+Zan32s chroma_dc_sse2(Zan8u* p, Zan32s s, Zan32s avail) { return chroma_dc_split_sse2(p, s, avail, avail); }
 
 Zan32s chroma_vertical_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
     if (!(avail & kAbove)) return 1;
@@ -650,8 +676,8 @@ Zan32s chroma_horizontal_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
     return 0;
 }
 
-Zan32s chroma_dc_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
-    const bool above = avail & kAbove, left = avail & kLeft;
+Zan32s chroma_dc_split_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s availTop, Zan32s availBottom) {
+    const bool above = availTop & kAbove, leftTop = availTop & kLeft, leftBottom = availBottom & kLeft;
     Zan32s a[2][2] = {}, l[2][2] = {};  // [component][half]
     if (above) {
         // U samples 0..3 | U 4..7 in one register, V likewise, then two psadbw
@@ -665,23 +691,27 @@ Zan32s chroma_dc_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
         a[1][0] = _mm_cvtsi128_si32(sv);
         a[1][1] = _mm_cvtsi128_si32(_mm_unpackhi_epi64(sv, sv));
     }
-    if (left)
-        for (int y = 0; y < 8; ++y) {
+    for (int y = 0; y < 8; ++y)
+        if (y < 4 ? leftTop : leftBottom) {
             const Zan8u* r = row(p, s, y);
             l[0][y >> 2] += r[-2];
             l[1][y >> 2] += r[-1];
         }
-    const QuadDc u = quad_dc(above, left, a[0][0], a[0][1], l[0][0], l[0][1]);
-    const QuadDc v = quad_dc(above, left, a[1][0], a[1][1], l[1][0], l[1][1]);
+    const QuadDc u = quad_dc(above, leftTop, a[0][0], a[0][1], l[0][0], l[0][1]);
+    const QuadDc v = quad_dc(above, leftTop, a[1][0], a[1][1], l[1][0], l[1][1]);
+    const QuadDc ub = quad_dc(above, leftBottom, a[0][0], a[0][1], l[0][0], l[0][1]);
+    const QuadDc vb = quad_dc(above, leftBottom, a[1][0], a[1][1], l[1][0], l[1][1]);
     auto pairs = [](Zan32s u0, Zan32s v0, Zan32s u1, Zan32s v1) {
         const __m128i p0 = _mm_set1_epi16(static_cast<Zan16s>(u0 | v0 << 8));
         const __m128i p1 = _mm_set1_epi16(static_cast<Zan16s>(u1 | v1 << 8));
         return _mm_unpacklo_epi64(p0, p1);
     };
     fill_rows<16, 4>(p, s, pairs(u.tl, v.tl, u.tr, v.tr));
-    fill_rows<16, 4>(row(p, s, 4), s, pairs(u.bl, v.bl, u.br, v.br));
+    fill_rows<16, 4>(row(p, s, 4), s, pairs(ub.bl, vb.bl, ub.br, vb.br));
     return 0;
 }
+
+Zan32s chroma_dc_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) { return chroma_dc_split_nv12_ssse3(p, s, avail, avail); }
 
 Zan32s chroma_plane_nv12_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
     if ((avail & (kAbove | kLeft | kCorner)) != (kAbove | kLeft | kCorner)) return 1;
@@ -907,6 +937,7 @@ constexpr PredBlockFn kPred16[4] = {pred16_vertical_sse2, pred16_horizontal_ssse
 constexpr PredBlockFn kChroma[4] = {chroma_dc_sse2, chroma_horizontal_sse2, chroma_vertical_sse2, chroma_plane_ssse3};
 constexpr PredBlockFn kChromaNv12[4] = {chroma_dc_nv12_ssse3, chroma_horizontal_nv12_ssse3, chroma_vertical_nv12_ssse3,
                                         chroma_plane_nv12_ssse3};
+constexpr ChromaDcSplitFn kChromaDcSplit[2] = {chroma_dc_split_sse2, chroma_dc_split_nv12_ssse3};
 constexpr Pred8x8Fn kPred8x8[9] = {
     pred8x8_vertical_sse2,
     pred8x8_horizontal_ssse3,
@@ -939,16 +970,20 @@ constexpr KernelPair<PredBlockFn> kPred16Pairs[] = {
     {"pred16x16_plane", pred16_rule<3>, kPred16[3], 16, 16, 3},
 };
 constexpr KernelPair<PredBlockFn> kChromaPairs[] = {
-    {"chroma8x8_dc", chroma_rule<0, 1>, kChroma[0], 8, 8, 0},
+    {"chroma8x8_dc", chroma_dc_rule_same<1>, kChroma[0], 8, 8, 0},
     {"chroma8x8_horizontal", chroma_rule<1, 1>, kChroma[1], 8, 8, 1},
     {"chroma8x8_vertical", chroma_rule<2, 1>, kChroma[2], 8, 8, 2},
     {"chroma8x8_plane", chroma_rule<3, 1>, kChroma[3], 8, 8, 3},
-    {"chroma8x8_nv12_dc", chroma_rule<0, 2>, kChromaNv12[0], 16, 8, 16},
+    {"chroma8x8_nv12_dc", chroma_dc_rule_same<2>, kChromaNv12[0], 16, 8, 16},
     {"chroma8x8_nv12_horizontal", chroma_rule<1, 2>, kChromaNv12[1], 16, 8, 17},
     {"chroma8x8_nv12_vertical", chroma_rule<2, 2>, kChromaNv12[2], 16, 8, 18},
     {"chroma8x8_nv12_plane", chroma_rule<3, 2>, kChromaNv12[3], 16, 8, 19},
 };
 
+constexpr KernelPair<ChromaDcSplitFn> kChromaDcSplitPairs[] = {
+    {"chroma8x8_dc_split", chroma_dc_rule<1>, kChromaDcSplit[0], 8, 8, 0},
+    {"chroma8x8_nv12_dc_split", chroma_dc_rule<2>, kChromaDcSplit[1], 16, 8, 16},
+};
 constexpr KernelPair<EdgeFilterFn> kFilter8x8Pairs[] = {
     {"filter8x8", filter8x8_rule, filter8x8_ssse3, 16, 8, 0},
 };
@@ -974,7 +1009,8 @@ const PredBlockFn chroma_nv12[4] = {kChromaNv12[0], kChromaNv12[1], kChromaNv12[
 const EdgeFilterFn filter_edges_8x8 = filter8x8_ssse3;
 const Pred8x8Fn pred8x8[9] = {kPred8x8[0], kPred8x8[1], kPred8x8[2], kPred8x8[3], kPred8x8[4],
                               kPred8x8[5], kPred8x8[6], kPred8x8[7], kPred8x8[8]};
-const Kernels kernels = {kPred4x4Pairs, kPred16Pairs, kChromaPairs, kFilter8x8Pairs, kPred8x8Pairs};
+const ChromaDcSplitFn chroma_dc_split[2] = {kChromaDcSplit[0], kChromaDcSplit[1]};
+const Kernels kernels = {kPred4x4Pairs, kPred16Pairs, kChromaPairs, kChromaDcSplitPairs, kFilter8x8Pairs, kPred8x8Pairs};
 
 }  // namespace zan::ZAN_PATH::h264intra
 

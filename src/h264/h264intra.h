@@ -57,6 +57,13 @@ using Pred4x4Fn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s avail);
 // DC needs nothing.  The sample results are clamped to 0..255.
 using PredBlockFn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s avail);
 
+// The DC mode of an 8x8 chroma block (planar or interleaved) for a
+// macroblock whose two halves have their own left neighbours: the upper two
+// quadrants take the left column's availability from availTop, the lower two
+// from availBottom; the row above follows availTop.  Each quadrant's rule is
+// that of the DC mode.  Always predicts; returns 0.
+using ChromaDcSplitFn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s availTop, Zan32s availBottom);
+
 // Neighbours of an 8x8 luma block, raw and after the reference smoothing.
 // above[0..7] is the row above, above[8..15] the row above-right.
 struct Edge8x8 {
@@ -100,6 +107,7 @@ struct Kernels {
     KernelList<Pred4x4Fn> pred4x4;
     KernelList<PredBlockFn> pred16x16;
     KernelList<PredBlockFn> chroma;
+    KernelList<ChromaDcSplitFn> chromaDcSplit;
     KernelList<EdgeFilterFn> filter8x8;
     KernelList<Pred8x8Fn> pred8x8;
 };
@@ -112,6 +120,8 @@ struct Kernels {
 //   pred16x16[mode]        16x16 kernels, modes 0..3
 //   chroma[mode]           planar chroma 8x8 kernels, chroma modes 0..3
 //   chroma_nv12[mode]      interleaved chroma kernels (16 bytes a row)
+//   chroma_dc_split[k]     chroma DC with separate left availability per half,
+//                          k = 0 planar, 1 interleaved
 //   filter_edges_8x8       the 8x8 edge preparation
 //   pred8x8[mode]          8x8 predictors, modes 0..8
 //   kernels                the catalogue (rule beside kernel)
@@ -121,6 +131,7 @@ struct Kernels {
     extern const zan::h264intra::PredBlockFn pred16x16[4];                      \
     extern const zan::h264intra::PredBlockFn chroma[4];                         \
     extern const zan::h264intra::PredBlockFn chroma_nv12[4];                    \
+    extern const zan::h264intra::ChromaDcSplitFn chroma_dc_split[2];            \
     extern const zan::h264intra::EdgeFilterFn filter_edges_8x8;                 \
     extern const zan::h264intra::Pred8x8Fn pred8x8[9];                          \
     extern const zan::h264intra::Kernels kernels;                               \

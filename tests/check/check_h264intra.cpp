@@ -93,6 +93,70 @@ TEST(CheckH264Intra, Luma4x4KernelsEqualRules) { check_equal(kernels().pred4x4, 
 TEST(CheckH264Intra, Luma16x16KernelsEqualRules) { check_equal(kernels().pred16x16, 2); }
 TEST(CheckH264Intra, ChromaKernelsEqualRules) { check_equal(kernels().chroma, 3); }
 
+// Chroma DC with a separate left availability for the lower half: every
+// pair of availability words.
+TEST(CheckH264Intra, ChromaSplitDcKernelsEqualRules) {
+    Rng rng(14);
+    for (const auto& e : kernels().chromaDcSplit) {
+        const Shape sh = shape_of(e);
+        for (int d = 0; d < draws(); ++d) {
+            const Layout l = layout(d, sh);
+            const Zan32s top = availability(d, rng), bottom = availability(d / 4 + (d & 3) * 5, rng);
+            Region want(sh.span(), sh.height + 1, l.step, l.align), got(sh.span(), sh.height + 1, l.step, l.align);
+            want.fill(rng);
+            copy_region(got, want, sh.span(), sh.height + 1);
+            ASSERT_EQ(0, e.rule(block_in(want, sh), l.step, top, bottom));
+            ASSERT_EQ(0, e.simd(block_in(got, sh), l.step, top, bottom));
+            ASSERT_TRUE(want.same_as(got)) << e.name << " draw " << d << " avail " << top << "/" << bottom;
+        }
+    }
+}
+
+// With the two words equal the split DC is the DC mode.
+TEST(CheckH264Intra, ChromaSplitDcWithEqualWordsIsDc) {
+    Rng rng(15);
+    for (int layout2 = 0; layout2 < 2; ++layout2) {
+        const Shape sh{layout2 + 1, 8 * (layout2 + 1), 8 * (layout2 + 1), 8};
+        const auto split = for_path(u8::h264intra::chroma_dc_split, n8::h264intra::chroma_dc_split)[layout2];
+        const auto dc = layout2 ? for_path(u8::h264intra::chroma_nv12, n8::h264intra::chroma_nv12)[kChromaDc]
+                                : for_path(u8::h264intra::chroma, n8::h264intra::chroma)[kChromaDc];
+        for (int d = 0; d < 64; ++d) {
+            const Zan32s a = availability(d, rng);
+            Region one(sh.span(), 9, 40, 0), two(sh.span(), 9, 40, 0);
+            one.fill(rng);
+            copy_region(two, one, sh.span(), 9);
+            split(block_in(one, sh), 40, a, a);
+            dc(block_in(two, sh), 40, a);
+            ASSERT_TRUE(one.same_as(two)) << layout2 << " " << a;
+        }
+    }
+}
+
+// Hand-worked: above 10 10 10 10 | 50 50 50 50, left 20 x4 | 90 x4.
+TEST(CheckH264Intra, ChromaSplitDcKnownAnswers) {
+    const auto split = for_path(u8::h264intra::chroma_dc_split, n8::h264intra::chroma_dc_split)[0];
+    struct {
+        Zan32s top, bottom;
+        int tl, tr, bl, br;
+    } cases[] = {
+        {kAbove | kLeft, kAbove, 15, 50, 10, 50},      // lower half without its left column
+        {kAbove, kAbove | kLeft, 10, 50, 90, 70},      // only the lower half has one
+        {0, kLeft, 128, 128, 90, 90},                  // no row above: the lower half uses its left
+        {kLeft, kAbove | kLeft, 20, 20, 90, 90},       // the row above follows the upper word
+    };
+    for (const auto& c : cases) {
+        std::array<Zan8u, 16 * 10> pic{};
+        Zan8u* b = pic.data() + 16 + 1;
+        for (int x = 0; x < 8; ++x) b[-16 + x] = static_cast<Zan8u>(x < 4 ? 10 : 50);
+        for (int y = 0; y < 8; ++y) b[16 * y - 1] = static_cast<Zan8u>(y < 4 ? 20 : 90);
+        EXPECT_EQ(split(b, 16, c.top, c.bottom), 0);
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x)
+                ASSERT_EQ(b[16 * y + x], y < 4 ? (x < 4 ? c.tl : c.tr) : (x < 4 ? c.bl : c.br))
+                    << c.top << "/" << c.bottom << " at " << x << "," << y;
+    }
+}
+
 // 8x8 predictors: a random edge record (any bytes, any availability) and an
 // output block inside guards.
 TEST(CheckH264Intra, Luma8x8KernelsEqualRules) {
