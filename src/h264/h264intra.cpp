@@ -184,11 +184,12 @@ Zan32s pred16_rule(Zan8u* p, Zan32s s, Zan32s avail) {
     return 0;
 }
 
-// --- chroma 8x8; C = 1 planar, C = 2 interleaved (U in even bytes, V in odd)
+// --- chroma 8x8 (4:2:0) and 8x16 (4:2:2, R = 16 rows); C = 1 planar, C = 2
+// interleaved (U in even bytes, V in odd)
 
-// DC of the 4x4 quadrant (qx, qy) from the sums of its above and left samples.
+// DC of the 4x4 block (qx, qy) from the sums of its above and left samples.
 inline Zan32s chroma_dc(int qx, int qy, bool above, bool left, Zan32s sumAbove, Zan32s sumLeft) {
-    if (qx == qy) {  // top-left and bottom-right: both edges when both are there
+    if ((qx == 0) == (qy == 0)) {  // the first block and those off both edges: both edges when both are there
         if (above && left) return (sumAbove + sumLeft + 4) >> 3;
         if (left) return (sumLeft + 2) >> 2;
         if (above) return (sumAbove + 2) >> 2;
@@ -204,74 +205,76 @@ inline Zan32s chroma_dc(int qx, int qy, bool above, bool left, Zan32s sumAbove, 
     return 128;
 }
 
-// DC of an 8x8 chroma block whose lower half takes the left column's
+// DC of a chroma block whose lower half takes the left column's
 // availability from availBottom; the row above and the upper half's left
 // column follow availTop.  With the two words equal it is the DC mode.
-template <int C>
+template <int C, int R = 8>
 Zan32s chroma_dc_rule(Zan8u* p, Zan32s s, Zan32s availTop, Zan32s availBottom) {
     const bool above = availTop & kAbove;
     const bool left[2] = {(availTop & kLeft) != 0, (availBottom & kLeft) != 0};
-    Zan32s t[C][8] = {}, l[C][8] = {};
+    Zan32s t[C][8] = {}, l[C][R] = {};
     for (int k = 0; k < C; ++k) {
         if (above)
             for (int x = 0; x < 8; ++x) t[k][x] = px(p, s, C * x + k, -1);
-        for (int y = 0; y < 8; ++y)
-            if (left[y / 4]) l[k][y] = px(p, s, k - C, y);
+        for (int y = 0; y < R; ++y)
+            if (left[y / (R / 2)]) l[k][y] = px(p, s, k - C, y);
     }
     for (int k = 0; k < C; ++k)
-        for (int qy = 0; qy < 2; ++qy)
+        for (int qy = 0; qy < R / 4; ++qy)
             for (int qx = 0; qx < 2; ++qx) {
                 Zan32s sa = 0, sl = 0;
                 for (int i = 0; i < 4; ++i) {
                     sa += t[k][4 * qx + i];
                     sl += l[k][4 * qy + i];
                 }
-                const Zan32s dc = chroma_dc(qx, qy, above, left[qy], sa, sl);
+                const Zan32s dc = chroma_dc(qx, qy, above, left[qy / (R / 8)], sa, sl);
                 for (int y = 0; y < 4; ++y)
                     for (int x = 0; x < 4; ++x) px(p, s, C * (4 * qx + x) + k, 4 * qy + y) = static_cast<Zan8u>(dc);
             }
     return 0;
 }
 
-template <int C>
+template <int C, int R = 8>
 Zan32s chroma_dc_rule_same(Zan8u* p, Zan32s s, Zan32s avail) {
-    return chroma_dc_rule<C>(p, s, avail, avail);
+    return chroma_dc_rule<C, R>(p, s, avail, avail);
 }
 
 // Vertical, horizontal and plane; DC is chroma_dc_rule.
-template <int Mode, int C>
+template <int Mode, int C, int R = 8>
 Zan32s chroma_rule(Zan8u* p, Zan32s s, Zan32s avail) {
     const bool above = avail & kAbove, left = avail & kLeft, corner = avail & kCorner;
     if (Mode == kChromaVertical && !above) return 1;
     if (Mode == kChromaHorizontal && !left) return 1;
     if (Mode == kChromaPlane && !(above && left && corner)) return 1;
     // Every neighbour of both components is read before anything is written.
-    Zan32s t[C][8] = {}, l[C][8] = {}, c[C] = {};
+    Zan32s t[C][8] = {}, l[C][R] = {}, c[C] = {};
     for (int k = 0; k < C; ++k) {
         if (above)
             for (int x = 0; x < 8; ++x) t[k][x] = px(p, s, C * x + k, -1);
         if (left)
-            for (int y = 0; y < 8; ++y) l[k][y] = px(p, s, k - C, y);
+            for (int y = 0; y < R; ++y) l[k][y] = px(p, s, k - C, y);
         if (Mode == kChromaPlane) c[k] = px(p, s, k - C, -1);
     }
     for (int k = 0; k < C; ++k) {
-        Zan32s pred[8][8];
+        Zan32s pred[R][8];
         if constexpr (Mode == kChromaPlane) {
             auto T = [&](int i) { return i < 0 ? c[k] : t[k][i]; };
             auto L = [&](int i) { return i < 0 ? c[k] : l[k][i]; };
+            // 8 rows: b, c = (34 * H + 32) >> 6, written (17 * H + 16) >> 5;
+            // 16 rows: the vertical sum runs over 8 pairs and c = (5 * V + 32) >> 6.
+            constexpr int yc = R / 2 - 1;
             Zan32s H = 0, V = 0;
-            for (int i = 0; i < 4; ++i) {
-                H += (i + 1) * (T(4 + i) - T(2 - i));
-                V += (i + 1) * (L(4 + i) - L(2 - i));
-            }
-            const Zan32s a = 16 * (l[k][7] + t[k][7]), b = (17 * H + 16) >> 5, cc = (17 * V + 16) >> 5;
-            for (int y = 0; y < 8; ++y)
-                for (int x = 0; x < 8; ++x) pred[y][x] = clip255((a + b * (x - 3) + cc * (y - 3) + 16) >> 5);
+            for (int i = 0; i < 4; ++i) H += (i + 1) * (T(4 + i) - T(2 - i));
+            for (int i = 0; i <= yc; ++i) V += (i + 1) * (L(yc + 1 + i) - L(yc - 1 - i));
+            const Zan32s a = 16 * (l[k][R - 1] + t[k][7]), b = (17 * H + 16) >> 5;
+            const Zan32s cc = R == 8 ? (17 * V + 16) >> 5 : (5 * V + 32) >> 6;
+            for (int y = 0; y < R; ++y)
+                for (int x = 0; x < 8; ++x) pred[y][x] = clip255((a + b * (x - 3) + cc * (y - yc) + 16) >> 5);
         } else {
-            for (int y = 0; y < 8; ++y)
+            for (int y = 0; y < R; ++y)
                 for (int x = 0; x < 8; ++x) pred[y][x] = Mode == kChromaVertical ? t[k][x] : l[k][y];
         }
-        for (int y = 0; y < 8; ++y)
+        for (int y = 0; y < R; ++y)
             for (int x = 0; x < 8; ++x) px(p, s, C * x + k, y) = static_cast<Zan8u>(pred[y][x]);
     }
     return 0;
@@ -591,40 +594,48 @@ inline QuadDc quad_dc(bool above, bool left, Zan32s a0, Zan32s a1, Zan32s l0, Za
 // Sums of bytes 0..3 and 4..7 of an 8-byte row, in lanes 0 and 2.
 inline __m128i half_sums8(__m128i v8) { return _mm_sad_epu8(_mm_unpacklo_epi32(v8, _mm_setzero_si128()), _mm_setzero_si128()); }
 
+template <int R>
 Zan32s chroma_dc_split_sse2(Zan8u* p, Zan32s s, Zan32s availTop, Zan32s availBottom) {
     const bool above = availTop & kAbove, leftTop = availTop & kLeft, leftBottom = availBottom & kLeft;
-    Zan32s a0 = 0, a1 = 0, l0 = 0, l1 = 0;
+    Zan32s a0 = 0, a1 = 0;
     if (above) {
         const __m128i sums = half_sums8(load8(row(p, s, -1)));
         a0 = _mm_cvtsi128_si32(sums);
         a1 = _mm_cvtsi128_si32(_mm_unpackhi_epi64(sums, sums));
     }
-    if (leftTop)
-        for (int y = 0; y < 4; ++y) l0 += row(p, s, y)[-1];
-    if (leftBottom)
-        for (int y = 4; y < 8; ++y) l1 += row(p, s, y)[-1];
-    const QuadDc q = quad_dc(above, leftTop, a0, a1, l0, l1);
-    const QuadDc qb = leftBottom == leftTop ? q : quad_dc(above, leftBottom, a0, a1, l0, l1);
-    const __m128i top = _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(q.tl)), _mm_set1_epi8(static_cast<char>(q.tr)));
-    const __m128i bottom = _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(qb.bl)), _mm_set1_epi8(static_cast<char>(qb.br)));
-    fill_rows<8, 4>(p, s, top);
-    fill_rows<8, 4>(row(p, s, 4), s, bottom);
+    // Left sums of the 4-row bands; the first band is the first row of blocks,
+    // the others lie off the top edge.
+    Zan32s l[R / 4] = {};
+    for (int band = 0; band < R / 4; ++band)
+        if (band < R / 8 ? leftTop : leftBottom)
+            for (int y = 4 * band; y < 4 * band + 4; ++y) l[band] += row(p, s, y)[-1];
+    for (int band = 0; band < R / 4; ++band) {
+        const bool left = band < R / 8 ? leftTop : leftBottom;
+        const QuadDc q = quad_dc(above, left, a0, a1, l[band], l[band]);
+        // band 0 holds the first blocks (tl, tr); later bands follow the rule of the lower blocks (bl, br)
+        const Zan32s dl = band == 0 ? q.tl : q.bl, dr = band == 0 ? q.tr : q.br;
+        fill_rows<8, 4>(row(p, s, 4 * band), s,
+                        _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(dl)), _mm_set1_epi8(static_cast<char>(dr))));
+    }
     return 0;
 }
 
-Zan32s chroma_dc_sse2(Zan8u* p, Zan32s s, Zan32s avail) { return chroma_dc_split_sse2(p, s, avail, avail); }
+template <int R>
+Zan32s chroma_dc_sse2(Zan8u* p, Zan32s s, Zan32s avail) { return chroma_dc_split_sse2<R>(p, s, avail, avail); }
 
+template <int R>
 Zan32s chroma_vertical_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
     if (!(avail & kAbove)) return 1;
-    fill_rows<8, 8>(p, s, load8(row(p, s, -1)));
+    fill_rows<8, R>(p, s, load8(row(p, s, -1)));
     return 0;
 }
 
+template <int R>
 Zan32s chroma_horizontal_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
     if (!(avail & kLeft)) return 1;
-    Zan64u l[8];
-    for (int y = 0; y < 8; ++y) l[y] = row(p, s, y)[-1];
-    for (int y = 0; y < 8; ++y) {
+    Zan64u l[R];
+    for (int y = 0; y < R; ++y) l[y] = row(p, s, y)[-1];
+    for (int y = 0; y < R; ++y) {
         const Zan64u v = l[y] * 0x0101010101010101ull;
         std::memcpy(row(p, s, y), &v, 8);
     }
@@ -633,19 +644,24 @@ Zan32s chroma_horizontal_sse2(Zan8u* p, Zan32s s, Zan32s avail) {
 
 // Plane: with the corner as sample -1, H is the sum of (i - 3) * above[i]
 // over i = -1..7, V the same down the left column.
+// With 16 rows (4:2:2) the vertical sum runs over i = -1..15 with weight
+// i - 7, c = (5 * V + 32) >> 6 and the rows count from y - 7.
+template <int R>
 Zan32s chroma_plane_ssse3(Zan8u* p, Zan32s s, Zan32s avail) {
     if ((avail & (kAbove | kLeft | kCorner)) != (kAbove | kLeft | kCorner)) return 1;
+    constexpr int yc = R / 2 - 1;
     const Zan8u* top = row(p, s, -1);
     const __m128i w = _mm_setr_epi8(-4, -3, -2, -1, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0);
     const Zan32s H = simd::hsum_epi32(_mm_madd_epi16(_mm_maddubs_epi16(load8(top - 1), w), _mm_set1_epi16(1))) + 4 * top[7];
-    Zan32s V = -4 * top[-1];
-    for (int y = 0; y < 8; ++y) V += (y - 3) * row(p, s, y)[-1];
-    const Zan32s left7 = row(p, s, 7)[-1];
-    const Zan32s a = 16 * (left7 + top[7]), b = (17 * H + 16) >> 5, c = (17 * V + 16) >> 5;
+    Zan32s V = -(yc + 1) * top[-1];
+    for (int y = 0; y < R; ++y) V += (y - yc) * row(p, s, y)[-1];
+    const Zan32s leftLast = row(p, s, R - 1)[-1];
+    const Zan32s a = 16 * (leftLast + top[7]), b = (17 * H + 16) >> 5;
+    const Zan32s c = R == 8 ? (17 * V + 16) >> 5 : (5 * V + 32) >> 6;
     __m128i v = _mm_add_epi16(_mm_mullo_epi16(_mm_set1_epi16(static_cast<Zan16s>(b)), _mm_setr_epi16(-3, -2, -1, 0, 1, 2, 3, 4)),
-                              _mm_set1_epi16(static_cast<Zan16s>(a - 3 * c + 16)));
+                              _mm_set1_epi16(static_cast<Zan16s>(a - yc * c + 16)));
     const __m128i dc = _mm_set1_epi16(static_cast<Zan16s>(c));
-    for (int y = 0; y < 8; y += 2) {
+    for (int y = 0; y < R; y += 2) {
         const __m128i v1 = _mm_add_epi16(v, dc);
         const __m128i two = _mm_packus_epi16(_mm_srai_epi16(v, 5), _mm_srai_epi16(v1, 5));
         store8(row(p, s, y), two);
@@ -934,10 +950,14 @@ constexpr Pred4x4Fn kPred4x4[9] = {
     pred4x4_diag_ssse3<kHorizontalDown>, pred4x4_diag_ssse3<kVerticalLeft>, pred4x4_diag_ssse3<kHorizontalUp>,
 };
 constexpr PredBlockFn kPred16[4] = {pred16_vertical_sse2, pred16_horizontal_ssse3, pred16_dc_sse2, pred16_plane_sse2};
-constexpr PredBlockFn kChroma[4] = {chroma_dc_sse2, chroma_horizontal_sse2, chroma_vertical_sse2, chroma_plane_ssse3};
+constexpr PredBlockFn kChroma[4] = {chroma_dc_sse2<8>, chroma_horizontal_sse2<8>, chroma_vertical_sse2<8>,
+                                    chroma_plane_ssse3<8>};
+constexpr PredBlockFn kChroma422[4] = {chroma_dc_sse2<16>, chroma_horizontal_sse2<16>, chroma_vertical_sse2<16>,
+                                       chroma_plane_ssse3<16>};
 constexpr PredBlockFn kChromaNv12[4] = {chroma_dc_nv12_ssse3, chroma_horizontal_nv12_ssse3, chroma_vertical_nv12_ssse3,
                                         chroma_plane_nv12_ssse3};
-constexpr ChromaDcSplitFn kChromaDcSplit[2] = {chroma_dc_split_sse2, chroma_dc_split_nv12_ssse3};
+constexpr ChromaDcSplitFn kChromaDcSplit[3] = {chroma_dc_split_sse2<8>, chroma_dc_split_nv12_ssse3,
+                                               chroma_dc_split_sse2<16>};
 constexpr Pred8x8Fn kPred8x8[9] = {
     pred8x8_vertical_sse2,
     pred8x8_horizontal_ssse3,
@@ -978,11 +998,16 @@ constexpr KernelPair<PredBlockFn> kChromaPairs[] = {
     {"chroma8x8_nv12_horizontal", chroma_rule<1, 2>, kChromaNv12[1], 16, 8, 17},
     {"chroma8x8_nv12_vertical", chroma_rule<2, 2>, kChromaNv12[2], 16, 8, 18},
     {"chroma8x8_nv12_plane", chroma_rule<3, 2>, kChromaNv12[3], 16, 8, 19},
+    {"chroma8x16_dc", chroma_dc_rule_same<1, 16>, kChroma422[0], 8, 16, 32},
+    {"chroma8x16_horizontal", chroma_rule<1, 1, 16>, kChroma422[1], 8, 16, 33},
+    {"chroma8x16_vertical", chroma_rule<2, 1, 16>, kChroma422[2], 8, 16, 34},
+    {"chroma8x16_plane", chroma_rule<3, 1, 16>, kChroma422[3], 8, 16, 35},
 };
 
 constexpr KernelPair<ChromaDcSplitFn> kChromaDcSplitPairs[] = {
     {"chroma8x8_dc_split", chroma_dc_rule<1>, kChromaDcSplit[0], 8, 8, 0},
     {"chroma8x8_nv12_dc_split", chroma_dc_rule<2>, kChromaDcSplit[1], 16, 8, 16},
+    {"chroma8x16_dc_split", chroma_dc_rule<1, 16>, kChromaDcSplit[2], 8, 16, 32},
 };
 constexpr KernelPair<EdgeFilterFn> kFilter8x8Pairs[] = {
     {"filter8x8", filter8x8_rule, filter8x8_ssse3, 16, 8, 0},
@@ -1009,7 +1034,8 @@ const PredBlockFn chroma_nv12[4] = {kChromaNv12[0], kChromaNv12[1], kChromaNv12[
 const EdgeFilterFn filter_edges_8x8 = filter8x8_ssse3;
 const Pred8x8Fn pred8x8[9] = {kPred8x8[0], kPred8x8[1], kPred8x8[2], kPred8x8[3], kPred8x8[4],
                               kPred8x8[5], kPred8x8[6], kPred8x8[7], kPred8x8[8]};
-const ChromaDcSplitFn chroma_dc_split[2] = {kChromaDcSplit[0], kChromaDcSplit[1]};
+const ChromaDcSplitFn chroma_dc_split[3] = {kChromaDcSplit[0], kChromaDcSplit[1], kChromaDcSplit[2]};
+const PredBlockFn chroma422[4] = {kChroma422[0], kChroma422[1], kChroma422[2], kChroma422[3]};
 const Kernels kernels = {kPred4x4Pairs, kPred16Pairs, kChromaPairs, kChromaDcSplitPairs, kFilter8x8Pairs, kPred8x8Pairs};
 
 }  // namespace zan::ZAN_PATH::h264intra

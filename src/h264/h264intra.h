@@ -50,17 +50,25 @@ enum ModeChroma : Zan32s { kChromaDc = 0, kChromaHorizontal = 1, kChromaVertical
 //     above row or left column is replaced by 128 and the formula runs.
 using Pred4x4Fn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s avail);
 
-// Predicts a 16x16 luma block or an 8x8 chroma block (planar, 8 samples a
-// row; or interleaved, 8 U/V pairs a row) in place.  Returns 0 when done;
+// Predicts a 16x16 luma block, an 8x8 chroma block (planar, 8 samples a
+// row; or interleaved, 8 U/V pairs a row) or an 8x16 chroma block of a 4:2:2
+// picture (planar) in place.  Returns 0 when done;
 // returns 1 and writes nothing when the mode needs an absent edge: vertical
 // the row above, horizontal the left column, plane above, left and corner.
 // DC needs nothing.  The sample results are clamped to 0..255.
+// Chroma DC works on 4x4 blocks: the first block and those off both edges
+// average both edges when both are present; those on the top edge prefer the
+// row above, those on the left edge the left column; with one edge missing
+// each uses the other; with neither, 128.  The 8x16 plane mode takes
+// c = (5 * V + 32) >> 6 with V summed over 8 pairs of the left column and
+// rows counted from y - 7.
 using PredBlockFn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s avail);
 
-// The DC mode of an 8x8 chroma block (planar or interleaved) for a
-// macroblock whose two halves have their own left neighbours: the upper two
-// quadrants take the left column's availability from availTop, the lower two
-// from availBottom; the row above follows availTop.  Each quadrant's rule is
+// The DC mode of a chroma block (8x8 planar or interleaved, 8x16 planar) for
+// a macroblock whose two halves have their own left neighbours: the 4x4
+// blocks of the upper half take the left column's availability from
+// availTop, those of the lower half from availBottom; the row above follows
+// availTop.  Each quadrant's rule is
 // that of the DC mode.  Always predicts; returns 0.
 using ChromaDcSplitFn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s availTop, Zan32s availBottom);
 
@@ -102,7 +110,8 @@ inline constexpr Zan8u kAboveRightAvail4x4[16] = {1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 
 
 // Catalogue for the checker and the benchmarks.  param: the mode number of
 // the entry (4x4 and 8x8 numbering, 16x16 numbering, chroma numbering); for
-// chroma entries plus 16 for the interleaved layout.  width is in bytes.
+// chroma entries plus 16 for the interleaved layout, plus 32 for the 8x16
+// (4:2:2) block.  width is in bytes.
 struct Kernels {
     KernelList<Pred4x4Fn> pred4x4;
     KernelList<PredBlockFn> pred16x16;
@@ -120,8 +129,9 @@ struct Kernels {
 //   pred16x16[mode]        16x16 kernels, modes 0..3
 //   chroma[mode]           planar chroma 8x8 kernels, chroma modes 0..3
 //   chroma_nv12[mode]      interleaved chroma kernels (16 bytes a row)
+//   chroma422[mode]        planar chroma 8x16 (4:2:2) kernels, chroma modes 0..3
 //   chroma_dc_split[k]     chroma DC with separate left availability per half,
-//                          k = 0 planar, 1 interleaved
+//                          k = 0 planar 8x8, 1 interleaved 8x8, 2 planar 8x16
 //   filter_edges_8x8       the 8x8 edge preparation
 //   pred8x8[mode]          8x8 predictors, modes 0..8
 //   kernels                the catalogue (rule beside kernel)
@@ -131,7 +141,8 @@ struct Kernels {
     extern const zan::h264intra::PredBlockFn pred16x16[4];                      \
     extern const zan::h264intra::PredBlockFn chroma[4];                         \
     extern const zan::h264intra::PredBlockFn chroma_nv12[4];                    \
-    extern const zan::h264intra::ChromaDcSplitFn chroma_dc_split[2];            \
+    extern const zan::h264intra::PredBlockFn chroma422[4];                      \
+    extern const zan::h264intra::ChromaDcSplitFn chroma_dc_split[3];            \
     extern const zan::h264intra::EdgeFilterFn filter_edges_8x8;                 \
     extern const zan::h264intra::Pred8x8Fn pred8x8[9];                          \
     extern const zan::h264intra::Kernels kernels;                               \

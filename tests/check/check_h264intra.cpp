@@ -36,7 +36,7 @@ Shape shape4x4() { return {1, 8, 4, 4}; }
 template <class Fn>
 Shape shape_of(const KernelPair<Fn>& e) {
     if (e.width == 4) return shape4x4();
-    return {e.param >= 16 ? 2 : 1, e.width, e.width, e.height};
+    return {e.param & 16 ? 2 : 1, e.width, e.width, e.height};
 }
 
 // Availability patterns: the four bits in every combination, in half of
@@ -155,6 +155,53 @@ TEST(CheckH264Intra, ChromaSplitDcKnownAnswers) {
                 ASSERT_EQ(b[16 * y + x], y < 4 ? (x < 4 ? c.tl : c.tr) : (x < 4 ? c.bl : c.br))
                     << c.top << "/" << c.bottom << " at " << x << "," << y;
     }
+}
+
+// 8x16 chroma blocks of 4:2:2 pictures, worked by hand.
+struct Chroma422 {
+    static constexpr Zan32s kStep = 16;
+    std::array<Zan8u, kStep * 18> px{};
+    Zan8u* block() { return px.data() + kStep + 1; }
+    int at(int x, int y) { return block()[kStep * y + x]; }
+};
+zan::h264intra::PredBlockFn chroma422(int mode) {
+    return for_path(u8::h264intra::chroma422, n8::h264intra::chroma422)[mode];
+}
+
+TEST(CheckH264Intra, Chroma8x16DcKnownAnswers) {
+    // above 10 x4 | 50 x4; left bands 20, 90, 30, 70
+    Chroma422 c;
+    for (int x = 0; x < 8; ++x) c.block()[-Chroma422::kStep + x] = static_cast<Zan8u>(x < 4 ? 10 : 50);
+    const int band[4] = {20, 90, 30, 70};
+    for (int y = 0; y < 16; ++y) c.block()[Chroma422::kStep * y - 1] = static_cast<Zan8u>(band[y / 4]);
+    ASSERT_EQ(chroma422(kChromaDc)(c.block(), Chroma422::kStep, kAbove | kLeft), 0);
+    // first block both edges, top-right the row above, left column blocks the
+    // left, the others both: (200 + 4 * band + 4) >> 3
+    const int want[4][2] = {{15, 50}, {90, 70}, {30, 40}, {70, 60}};
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 8; ++x) ASSERT_EQ(c.at(x, y), want[y / 4][x / 4]) << x << "," << y;
+    // Above only: each column of blocks takes its part of the row above.
+    ASSERT_EQ(chroma422(kChromaDc)(c.block(), Chroma422::kStep, kAbove), 0);
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 8; ++x) ASSERT_EQ(c.at(x, y), x < 4 ? 10 : 50);
+}
+
+TEST(CheckH264Intra, Chroma8x16PlaneKnownAnswers) {
+    // The left column 0 above row 8 and 255 from row 8 on, the rest 0:
+    // V = 255 * (1 + ... + 8) = 9180, c = (5 V + 32) >> 6 = 717, b = 0,
+    // a = 16 * 255; sample (4096 + 717 (y - 7)) >> 5 clamped.
+    Chroma422 c;
+    for (int y = 8; y < 16; ++y) c.block()[Chroma422::kStep * y - 1] = 255;
+    ASSERT_EQ(chroma422(kChromaPlane)(c.block(), Chroma422::kStep, kAbove | kLeft | kCorner), 0);
+    const int ramp[16] = {0, 0, 15, 38, 60, 83, 105, 128, 150, 172, 195, 217, 240, 255, 255, 255};
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 8; ++x) ASSERT_EQ(c.at(x, y), ramp[y]) << x << "," << y;
+    // Missing corner: refused, nothing written.
+    Chroma422 d;
+    for (size_t i = 0; i < d.px.size(); ++i) d.px[i] = static_cast<Zan8u>(i * 13);
+    const auto before = d.px;
+    ASSERT_NE(chroma422(kChromaPlane)(d.block(), Chroma422::kStep, kAbove | kLeft), 0);
+    ASSERT_TRUE(d.px == before);
 }
 
 // 8x8 predictors: a random edge record (any bytes, any availability) and an
