@@ -68,8 +68,8 @@ using PredBlockFn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s avail);
 // a macroblock whose two halves have their own left neighbours: the 4x4
 // blocks of the upper half take the left column's availability from
 // availTop, those of the lower half from availBottom; the row above follows
-// availTop.  Each quadrant's rule is
-// that of the DC mode.  Always predicts; returns 0.
+// availTop.  Each 4x4 block's rule is that of the DC mode.  Always
+// predicts; returns 0.
 using ChromaDcSplitFn = Zan32s (*)(Zan8u* pSrcDst, Zan32s step, Zan32s availTop, Zan32s availBottom);
 
 // Neighbours of an 8x8 luma block, raw and after the reference smoothing.
