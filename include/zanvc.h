@@ -612,6 +612,70 @@ ZanStatus zaniPutNonIntraBlock(Zan32u** ppBitStream, Zan32s* pBitOffset, const Z
 
 /* ==== h264intra: H.264 intra prediction ==== */
 
+/* Each function predicts one block in place at pSrcDst, as clause 8.3 of
+ * H.264 defines the prediction, from neighbours read in the picture itself:
+ * the row above at pSrcDst - srcDstStep, the column to the left at
+ * pSrcDst + y * srcDstStep - 1, the corner at pSrcDst - srcDstStep - 1, and
+ * for the 4x4 diagonal down-left and vertical-left modes the four samples
+ * above and to the right.  The block must sit inside its plane with these
+ * neighbours around it.  A neighbour whose bit is clear in availability is
+ * never read.
+ *
+ * availability: bit 1 row above, bit 2 column to the left, bit 32 sample
+ * above-left, bit 64 row above-right; set when the neighbour may be used.
+ * Other bits are ignored.
+ *
+ * Checks, in order: pSrcDst null: zanStsNullPtr; (chroma only) srcDstStep
+ * below 8: zanStsStepBad; mode (as unsigned) outside the table:
+ * zanStsOutOfRange; then (16x16 and chroma) a needed neighbour absent:
+ * zanStsEdgeUnavailable.  Nothing is written on any failure.  The 4x4 and
+ * 16x16 steps are not checked. */
+
+/* 4x4 luma modes, also the numbering of 8x8 luma modes. */
+enum {
+    zanIntra4x4Vertical = 0, zanIntra4x4Horizontal = 1, zanIntra4x4DC = 2, zanIntra4x4DiagDownLeft = 3,
+    zanIntra4x4DiagDownRight = 4, zanIntra4x4VerticalRight = 5, zanIntra4x4HorizontalDown = 6,
+    zanIntra4x4VerticalLeft = 7, zanIntra4x4HorizontalUp = 8
+};
+/* 16x16 luma modes. */
+enum { zanIntra16x16Vertical = 0, zanIntra16x16Horizontal = 1, zanIntra16x16DC = 2, zanIntra16x16Plane = 3 };
+/* Chroma modes (DC first). */
+enum { zanIntraChromaDC = 0, zanIntraChromaHorizontal = 1, zanIntraChromaVertical = 2, zanIntraChromaPlane = 3 };
+
+/* 4x4 luma block, modes 0..8.  Always predicts; availability is masked with
+ * 99.  When a neighbour the mode needs is absent, 128 stands in and the
+ * status is zanStsEdgeSubstituted (11), with the block written:
+ *   vertical (row above), horizontal and horizontal-up (left column): the
+ *     block is filled with 128;
+ *   DC: the mean of the present edges, (sum of 8 + 4) >> 3 or (sum of 4 +
+ *     2) >> 2; 128 with status zanStsOk when neither is present;
+ *   diagonal down-left, vertical-left: above-right absent repeats the
+ *     fourth sample above (status zanStsOk, as the standard does); row above
+ *     absent and above-right present: 128 for the row above, the above-right
+ *     samples are read (11); both absent: the block is filled with 128 (11);
+ *   diagonal down-right, vertical-right, horizontal-down: an absent corner,
+ *     row above or left column is replaced by 128 and the formula runs (11).
+ */
+ZanStatus zaniPredictIntra_4x4_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s mode, Zan32s availability);
+
+/* 16x16 luma block, modes 0..3 (an unknown mode gives zanStsOutOfRange
+ * whatever the availability).  Vertical needs bit 1, horizontal bit 2,
+ * plane bits 1, 2 and 32; else zanStsEdgeUnavailable, nothing written.  DC
+ * averages the present edges: (sum of 32 + 16) >> 5, (sum of 16 + 8) >> 4,
+ * or 128.  Plane samples are clamped to 0..255. */
+ZanStatus zaniPredictIntra_16x16_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s mode, Zan32s availability);
+
+/* 8x8 chroma block (one plane), modes 0 DC, 1 horizontal, 2 vertical,
+ * 3 plane.  zanStsStepBad if srcDstStep is below 8, even for DC.  Needs as
+ * for 16x16.  DC per 4x4 quadrant: top-left and bottom-right average both
+ * edges when both are present; top-right prefers the row above, bottom-left
+ * the left column; with one edge missing each quadrant uses the other; with
+ * neither, 128.  Plane: b = (17 * H + 16) >> 5, c = (17 * V + 16) >> 5,
+ * a = 16 * (left[7] + above[7]), sample (a + b * (x - 3) + c * (y - 3) + 16)
+ * >> 5 clamped to 0..255. */
+ZanStatus zaniPredictIntraChroma8x8_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s mode,
+                                                 Zan32s availability);
+
 /* ==== end of h264intra ==== */
 
 /* ==== h264deblock: H.264 deblocking ==== */
