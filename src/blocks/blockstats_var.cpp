@@ -160,11 +160,18 @@ inline __m128i ref_vec(const Zan8u* r, Zan32s rs, Zan32s y) {
     return a;
 }
 
+// Byte differences a - b of the low or high 8 bytes as 16-bit values: the
+// bytes interleaved (a, b) and multiplied-added with (1, -1).
+inline __m128i diff_lo(__m128i a, __m128i b) {
+    return _mm_maddubs_epi16(_mm_unpacklo_epi8(a, b), _mm_set1_epi16(static_cast<short>(0xFF01)));
+}
+inline __m128i diff_hi(__m128i a, __m128i b) {
+    return _mm_maddubs_epi16(_mm_unpackhi_epi8(a, b), _mm_set1_epi16(static_cast<short>(0xFF01)));
+}
+
 // Sum of squares of the 16 byte differences, as four 32-bit partial sums.
 inline __m128i sq_err(__m128i a, __m128i b) {
-    const __m128i z = _mm_setzero_si128();
-    __m128i d = _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a));
-    __m128i lo = _mm_unpacklo_epi8(d, z), hi = _mm_unpackhi_epi8(d, z);
+    __m128i lo = diff_lo(a, b), hi = diff_hi(a, b);
     return _mm_add_epi32(_mm_madd_epi16(lo, lo), _mm_madd_epi16(hi, hi));
 }
 
@@ -248,29 +255,27 @@ void varsum16_simd(const Zan16s* p, Zan32s step, Zan32s* pVar, Zan32s* pSum) {
     *pSum = sum;
 }
 
-// Sum of squared errors and of the reference over one 8x8 block.
-template <int P>
-inline void block_err(const Zan8u* s, Zan32s ss, const Zan8u* r, Zan32s rs, Zan32s& e, Zan32s& rsum) {
-    const __m128i z = _mm_setzero_si128();
-    __m128i acc = z, racc = z;
-#pragma GCC unroll 4
-    for (Zan32s y = 0; y < 8; y += 2) {
-        __m128i rv = ref_vec<8, P>(r, rs, y);
-        acc = _mm_add_epi32(acc, sq_err(gather<8>(s, ss, y), rv));
-        racc = _mm_add_epi32(racc, _mm_sad_epu8(rv, z));
-    }
-    e = simd::hsum_epi32(acc);
-    rsum = simd::hsum_sad(racc);
-}
-
+// Rows of 16: the low 8 bytes belong to the left block, the high 8 to the
+// right one, and psadbw sums the two halves apart.
 template <int W, int H, int P>
 void var_mean_diff_simd(const Zan8u* s, Zan32s ss, const Zan8u* r, Zan32s rs, const Zan32s* pSrcSum,
                         Zan32s* pVar, Zan32s* pMean) {
-    for (int b = 0; b < (W / 8) * (H / 8); ++b) {
-        Zan32s bx = 8 * (b % (W / 8)), by = 8 * (b / (W / 8));
-        Zan32s e, rsum;
-        block_err<P>(simd::row(s, ss, by) + bx, ss, simd::row(r, rs, by) + bx, rs, e, rsum);
-        var_mean_tail(pSrcSum[b], rsum, e, pVar + b, pMean + b);
+    static_assert(W == 16);
+    const __m128i z = _mm_setzero_si128();
+#pragma GCC unroll 2
+    for (int by = 0; by < H / 8; ++by) {
+        __m128i left = z, right = z, rsum = z;
+#pragma GCC unroll 8
+        for (Zan32s y = 8 * by; y < 8 * by + 8; ++y) {
+            __m128i rv = ref_vec<16, P>(r, rs, y), sv = load16(row(s, ss, y));
+            __m128i lo = diff_lo(sv, rv), hi = diff_hi(sv, rv);
+            left = _mm_add_epi32(left, _mm_madd_epi16(lo, lo));
+            right = _mm_add_epi32(right, _mm_madd_epi16(hi, hi));
+            rsum = _mm_add_epi32(rsum, _mm_sad_epu8(rv, z));
+        }
+        var_mean_tail(pSrcSum[2 * by], _mm_cvtsi128_si32(rsum), simd::hsum_epi32(left), pVar + 2 * by, pMean + 2 * by);
+        var_mean_tail(pSrcSum[2 * by + 1], _mm_cvtsi128_si32(_mm_unpackhi_epi64(rsum, rsum)), simd::hsum_epi32(right),
+                      pVar + 2 * by + 1, pMean + 2 * by + 1);
     }
 }
 
