@@ -1,6 +1,9 @@
 // Every block-statistics vector kernel against its scalar rule.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -321,6 +324,150 @@ TEST(CheckBlockstats, ZeroCount) {
             const Zan16s* p = v.data() + d % 8;
             ASSERT_EQ(e.rule(p), e.simd(p)) << WHERE(e, d);
         }
+}
+
+// ------------------------------------------------------------- reads in bounds
+
+// A block of widthBytes x height at step, flush against an inaccessible page
+// (after its last byte, or before its first), so that any read outside the
+// block faults.
+class Flush {
+public:
+    Flush(Zan32s widthBytes, Zan32s height, Zan32s step, bool atEnd) {
+        page_ = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        size_t span = static_cast<size_t>(step < 0 ? -step : step) * static_cast<size_t>(height - 1) +
+                      static_cast<size_t>(widthBytes);
+        size_ = (span + page_ - 1) / page_ * page_ + 2 * page_;
+        void* m = mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (m == MAP_FAILED) return;
+        map_ = static_cast<Zan8u*>(m);
+        Zan8u* rw = map_ + page_;
+        size_t rwSize = size_ - 2 * page_;
+        if (mprotect(rw, rwSize, PROT_READ | PROT_WRITE) != 0) return;
+        for (size_t i = 0; i < rwSize; ++i) rw[i] = static_cast<Zan8u>(i * 37 + (i >> 7));
+        Zan8u* low = atEnd ? rw + rwSize - span : rw;
+        origin_ = step >= 0 ? low : low + static_cast<ptrdiff_t>(-step) * (height - 1);
+    }
+    ~Flush() {
+        if (map_) munmap(map_, size_);
+    }
+    Flush(const Flush&) = delete;
+    Flush& operator=(const Flush&) = delete;
+    Zan8u* origin() const { return origin_; }
+    template <class T> T* as() const { return reinterpret_cast<T*>(origin_); }
+
+private:
+    size_t page_ = 0, size_ = 0;
+    Zan8u* map_ = nullptr;
+    Zan8u* origin_ = nullptr;
+};
+
+// Every kernel reads its block (and the extra row and column of a half-sample
+// reference) and nothing else: both ends of every input, both step signs.
+TEST(CheckBlockstats, ReadsStayInsideTheBlocks) {
+    for (int k = 0; k < 8; ++k) {
+        bool atEnd = k % 2 == 0;
+        Zan32s sign = k & 2 ? -1 : 1;
+        Zan32s pad = k & 4 ? 16 : 0;  // tight rows, or rows a multiple of 16 wider
+        auto step = [&](Zan32s w) { return sign * (pad ? ((w + 15) & ~15) + pad : w); };
+        for (const auto& e : transforms().satd) {
+            Flush a(e.width, e.height, step(e.width), atEnd), b(e.width, e.height, step(e.width), !atEnd);
+            ASSERT_TRUE(a.origin() && b.origin());
+            EXPECT_EQ(e.rule(a.origin(), step(e.width), b.origin(), step(e.width)),
+                      e.simd(a.origin(), step(e.width), b.origin(), step(e.width))) << e.name;
+        }
+        for (const auto& e : transforms().satd16) {
+            Flush a(16, 8, step(16), atEnd), b(16, 8, step(16), !atEnd);
+            EXPECT_EQ(e.rule(a.as<Zan16u>(), step(16), b.as<Zan16u>(), step(16)),
+                      e.simd(a.as<Zan16u>(), step(16), b.as<Zan16u>(), step(16))) << e.name;
+        }
+        std::array<Zan16s, 64> o1, o2;
+        for (const auto& e : transforms().hadamard8) {
+            Flush a(8, 8, step(8), atEnd);
+            EXPECT_EQ(e.rule(a.origin(), step(8), o1.data()), e.simd(a.origin(), step(8), o2.data())) << e.name;
+        }
+        for (const auto& e : transforms().hadamard16) {
+            Flush a(16, 8, step(16), atEnd);
+            EXPECT_EQ(e.rule(a.as<Zan16s>(), step(16), o1.data()), e.simd(a.as<Zan16s>(), step(16), o2.data()))
+                << e.name;
+        }
+        for (const auto& e : variances().ssd) {
+            Zan32s rw = e.width + (e.param & 2 ? 1 : 0), rh = e.height + (e.param & 1 ? 1 : 0);
+            Flush a(e.width, e.height, step(e.width), atEnd), r(rw, rh, step(rw), !atEnd);
+            EXPECT_EQ(e.rule(a.origin(), step(e.width), r.origin(), step(rw)),
+                      e.simd(a.origin(), step(e.width), r.origin(), step(rw))) << e.name;
+        }
+        for (const auto& e : variances().sqrDiffB) {
+            int p1 = e.param / 4, p2 = e.param % 4;
+            Zan32s w1 = 16 + (p1 & 2 ? 1 : 0), h1 = 16 + (p1 & 1), w2 = 16 + (p2 & 2 ? 1 : 0), h2 = 16 + (p2 & 1);
+            Flush a(16, 16, step(16), atEnd), r1(w1, h1, step(w1), !atEnd), r2(w2, h2, step(w2), atEnd);
+            EXPECT_EQ(e.rule(a.origin(), step(16), r1.origin(), step(w1), r2.origin(), step(w2)),
+                      e.simd(a.origin(), step(16), r1.origin(), step(w1), r2.origin(), step(w2))) << e.name;
+        }
+        for (const auto& e : variances().block) {
+            Flush a(e.width, e.height, step(e.width), atEnd);
+            EXPECT_EQ(e.rule(a.origin(), step(e.width)), e.simd(a.origin(), step(e.width))) << e.name;
+        }
+        Zan32s v1[8] = {}, v2[8] = {};
+        for (const auto& e : variances().varSum8) {
+            Flush a(8, 8, step(8), atEnd);
+            e.rule(a.origin(), step(8), v1, v1 + 1);
+            e.simd(a.origin(), step(8), v2, v2 + 1);
+            EXPECT_TRUE(v1[0] == v2[0] && v1[1] == v2[1]) << e.name;
+        }
+        for (const auto& e : variances().varSum16) {
+            Flush a(16, 8, step(16), atEnd);
+            e.rule(a.as<Zan16s>(), step(16), v1, v1 + 1);
+            e.simd(a.as<Zan16s>(), step(16), v2, v2 + 1);
+            EXPECT_TRUE(v1[0] == v2[0] && v1[1] == v2[1]) << e.name;
+        }
+        for (const auto& e : variances().varMeanDiff) {
+            Zan32s rw = 16 + (e.param & 2 ? 1 : 0), rh = e.height + (e.param & 1);
+            Flush a(16, e.height, step(16), atEnd), r(rw, rh, step(rw), !atEnd);
+            const Zan32s sums[4] = {9000, 100, 5000, 0};
+            e.rule(a.origin(), step(16), r.origin(), step(rw), sums, v1, v1 + 4);
+            e.simd(a.origin(), step(16), r.origin(), step(rw), sums, v2, v2 + 4);
+            EXPECT_TRUE(std::equal(v1, v1 + 8, v2)) << e.name;
+        }
+        std::array<Zan16s, 256> d1, d2;
+        std::array<Zan16s, 16> s1, s2;
+        for (const auto& e : misc().sums8) {
+            Flush a(e.width, e.height, step(e.width), atEnd), b(e.width, e.height, step(e.width), !atEnd);
+            e.rule(a.origin(), step(e.width), b.origin(), step(e.width), s1.data(), d1.data());
+            e.simd(a.origin(), step(e.width), b.origin(), step(e.width), s2.data(), d2.data());
+            EXPECT_TRUE(std::equal(s1.begin(), s1.begin() + e.width * e.height / 16, s2.begin())) << e.name;
+        }
+        std::array<Zan32s, 16> t1, t2;
+        for (const auto& e : misc().sums16) {
+            Zan32s w = 2 * e.width;
+            Flush a(w, e.height, step(w), atEnd), b(w, e.height, step(w), !atEnd);
+            e.rule(a.as<Zan16u>(), step(w), b.as<Zan16u>(), step(w), t1.data(), d1.data());
+            e.simd(a.as<Zan16u>(), step(w), b.as<Zan16u>(), step(w), t2.data(), d2.data());
+            EXPECT_TRUE(std::equal(t1.begin(), t1.begin() + e.width * e.height / 16, t2.begin())) << e.name;
+        }
+        for (const auto& e : misc().sumsC2) {
+            Flush a(16, 8, step(16), atEnd), u(8, 8, step(8), !atEnd), v(8, 8, step(8), atEnd);
+            e.rule(a.origin(), step(16), u.origin(), step(8), v.origin(), step(8), s1.data(), d1.data(),
+                   s1.data() + 4, d1.data() + 64);
+            e.simd(a.origin(), step(16), u.origin(), step(8), v.origin(), step(8), s2.data(), d2.data(),
+                   s2.data() + 4, d2.data() + 64);
+            EXPECT_TRUE(std::equal(s1.begin(), s1.begin() + 8, s2.begin())) << e.name;
+        }
+        for (const auto& e : misc().edges8) {
+            if (e.param == 1 && !pad) continue;  // the aligned kernel needs steps of 16
+            Flush a(16, 16, step(16), atEnd);
+            EXPECT_EQ(e.rule(a.origin(), step(16), 200, 300), e.simd(a.origin(), step(16), 200, 300)) << e.name;
+        }
+        for (const auto& e : misc().edges16) {
+            Flush a(32, 16, step(32), atEnd);
+            EXPECT_EQ(e.rule(a.as<Zan16u>(), step(32), 65535, 256), e.simd(a.as<Zan16u>(), step(32), 65535, 256))
+                << e.name;
+        }
+        for (const auto& e : misc().countZeros) {
+            Flush a(128, 1, 128, atEnd);
+            EXPECT_EQ(e.rule(a.as<Zan16s>()), e.simd(a.as<Zan16s>())) << e.name;
+        }
+    }
 }
 
 }  // namespace
