@@ -304,6 +304,16 @@ TEST(Blockstats, SquaredDifferencesAtHalfSamples) {
     EXPECT_EQ(r, 0);
     ASSERT_EQ(zaniSqrDiff16x16_8u32s(src.at(0, 0), S, ref.at(0, 0), S, 8, &r), zanStsOk);
     EXPECT_EQ(r, 128);  // half right: 1 in the odd rows
+    // Only mcType >> 2 counts in the SSD forms: the two low bits are stray.
+    for (Zan32s m = 0; m < 16; ++m) {
+        Zan32s with = -1, without = -2;
+        ASSERT_EQ(zaniSSD8x8_8u32s_C1R(src.at(0, 0), S, ref.at(0, 0), S, &with, m), zanStsOk);
+        ASSERT_EQ(zaniSSD8x8_8u32s_C1R(src.at(0, 0), S, ref.at(0, 0), S, &without, m & ~3), zanStsOk);
+        EXPECT_EQ(with, without) << m;
+        ASSERT_EQ(zaniSSD4x4_8u32s_C1R(src.at(0, 0), S, ref.at(0, 0), S, &with, m), zanStsOk);
+        ASSERT_EQ(zaniSSD4x4_8u32s_C1R(src.at(0, 0), S, ref.at(0, 0), S, &without, m & ~3), zanStsOk);
+        EXPECT_EQ(with, without) << m;
+    }
     // Two references averaged upward: (0 + 1 + 1) >> 1 = 1.
     Picture one(1);
     ASSERT_EQ(zaniSqrDiff16x16B_8u32s(src.at(0, 0), S, src.at(0, 0), S, 0, one.at(0, 0), S, 0, &r), zanStsOk);
