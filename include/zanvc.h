@@ -298,8 +298,8 @@ ZanStatus zaniVarMean8x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pV
 ZanStatus zaniVarMean8x8_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan32s* pVar, Zan32s* pMean);
 
 /* Variance and mean of the difference, per 8x8 block (16x8: left, right;
- * 16x16: the four in row order).  r is the reference at mcType (bits 4 and
- * 8 choose the row below and the next column); E = sum (cur - r)^2,
+ * 16x16: the four in row order).  r is the reference at mcType (its bits of
+ * value 4 and 8 add the row below and the next column); E = sum (cur - r)^2,
  * R = sum r; then in 32 bits mean = (pSrcSum[i] - R) / 8 (truncating) and
  * var = mean * mean < E ? (E - mean * mean) / 64 : 0.  The 16x16 form
  * returns zanStsOk with nothing written for mcType outside 0, 4, 8, 12. */

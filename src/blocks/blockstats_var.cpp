@@ -112,7 +112,7 @@ inline void var_mean_tail(Zan32s srcSum, Zan32s refSum, Zan32s sqErr, Zan32s* pV
     *pVar = mm < sqErr ? static_cast<Zan32s>(static_cast<Zan32u>(sqErr) - static_cast<Zan32u>(mm)) / 64 : 0;
 }
 
-// BW x 8 blocks of 8x8 side by side, then rows of them.
+// The 8x8 blocks in row order: W / 8 across, H / 8 down.
 template <int W, int H, int P>
 void var_mean_diff_rule(const Zan8u* s, Zan32s ss, const Zan8u* r, Zan32s rs, const Zan32s* pSrcSum,
                         Zan32s* pVar, Zan32s* pMean) {
@@ -408,9 +408,9 @@ ZanStatus zaniVarMeanDiff16x16_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, cons
     return zanStsOk;
 }
 
-// Any mcType: bit 4 adds the row below, bit 8 the next column; the rounding
-// term makes (4A + 2) >> 2 = A and (2A + 2B + 2) >> 2 = (A + B + 1) >> 1, so
-// the result depends on those two bits alone.
+// Any mcType: its bit of value 4 adds the row below, of value 8 the next
+// column; the rounding term makes (4A + 2) >> 2 = A and (2A + 2B + 2) >> 2 =
+// (A + B + 1) >> 1, so the result depends on those two bits alone.
 ZanStatus zaniVarMeanDiff16x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef, Zan32s refStep,
                                         const Zan32s* pSrcSum, Zan32s* pVar, Zan32s* pMean, Zan32s mcType) {
     if (!pSrc || !pRef || !pSrcSum || !pVar || !pMean) return zanStsNullPtr;
