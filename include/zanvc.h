@@ -300,6 +300,146 @@ ZanStatus zaniSub4x4_16u16s_C1R(const Zan16u* pSrc1, Zan32s src1Step, const Zan1
 
 /* ==== blockstats: block statistics and transformed differences ==== */
 
+/* Common rules.  Every function first returns zanStsNullPtr (-8) if any
+ * pointer it takes is null (pDiff, pDiffU and pDiffV may be null); steps and
+ * position selectors are not checked, and a zero or negative step is legal.
+ * Steps are in bytes, also for 16-bit samples.  Nothing is written on failure.
+ *
+ * mcType selects a reference position as for the SAD functions:
+ *   0  R(x,y)
+ *   4  (R(x,y) + R(x,y+1) + 1) >> 1                         one more row read
+ *   8  (R(x,y) + R(x+1,y) + 1) >> 1                         one more column read
+ *   12 (R(x,y) + R(x+1,y) + R(x,y+1) + R(x+1,y+1) + 2) >> 2  both
+ */
+
+/* SATD: the difference pSrc1 - pSrc2 is cut into 4x4 tiles, each goes
+ * through an unnormalised 4x4 Hadamard transform, and the absolute
+ * coefficients of all tiles are summed, exactly (the result is always even).
+ * Reads exactly the block at each pointer. */
+ZanStatus zaniSATD4x4_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                Zan32s* pResult);
+ZanStatus zaniSATD4x8_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                Zan32s* pResult);
+ZanStatus zaniSATD8x4_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                Zan32s* pResult);
+ZanStatus zaniSATD8x8_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                Zan32s* pResult);
+ZanStatus zaniSATD8x16_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                 Zan32s* pResult);
+ZanStatus zaniSATD16x8_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                 Zan32s* pResult);
+ZanStatus zaniSATD16x16_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                  Zan32s* pResult);
+
+/* SAT8x8D: one 8x8 Hadamard transform of the difference, in signed 16-bit
+ * arithmetic that saturates at every step.  d = sat(a - b) with the samples
+ * read as signed 16-bit values (so 16-bit samples are defined in 0..32767);
+ * three butterfly stages down each column (pairs at distance 1, 2, 4), then
+ * two along each row (distance 1, 2); the last row stage is replaced by
+ * max(|a|, |b|) of the pair at distance 4 (magnitudes saturate at 32767).
+ * With m[k][v] the maximum of pair k (0..3) in row v, the partial sums are
+ *   s[v] = ((m[0][v] + m[1][v]) + m[2][v]) + m[3][v]
+ * then s[v] + s[v+4] (v < 4), then lanes v and v+2 (v < 2), then lanes 0
+ * and 1, each addition saturating at 32767; the result is twice the total.
+ * Up to saturation this is the exact sum of the absolute coefficients; an
+ * extreme block comes out lower. */
+ZanStatus zaniSAT8x8D_8u32s_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                Zan32s* pResult);
+ZanStatus zaniSAT8x8D_16u32s_C1R(const Zan16u* pSrc1, Zan32s src1Step, const Zan16u* pSrc2, Zan32s src2Step,
+                                 Zan32s* pResult);
+
+/* VC-1 Hadamard sum: the unnormalised 8x8 Hadamard transform of the block
+ * (8-bit samples widened first), three butterfly stages down each column and
+ * then three along each row (pairs at distance 1, 2, 4, a + b to the lower
+ * index and a - b to the higher), each step saturating to 16 bits.  pDst
+ * receives the 64 coefficients in row-major natural (Sylvester) order:
+ *   pDst[8v + u] = sum over x, y of (-1)^(bits(u & x) + bits(v & y)) p(x, y).
+ * *pSum = sum of |pDst[i]| (magnitudes saturate at 32767): for each column u
+ * the rows 0..7 are added in order, then columns u and u+4, u and u+2, 0
+ * and 1, every addition saturating at 32767. */
+ZanStatus zaniHadamard8x8Sum_VC1_8u16s(const Zan8u* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s* pSum);
+ZanStatus zaniHadamard8x8Sum_VC1_16s(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s* pSum);
+
+/* Sum of squared differences of pSrc against the reference at mcType
+ * (mcType >> 2 selects the position unchecked; the caller keeps mcType in
+ * 0..15).  Reads one more row and/or column of the reference as the
+ * position needs. */
+ZanStatus zaniSSD8x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef, Zan32s refStep,
+                               Zan32s* pResult, Zan32s mcType);
+ZanStatus zaniSSD4x4_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef, Zan32s refStep,
+                               Zan32s* pResult, Zan32s mcType);
+
+/* 16x16 sum of squared differences.  mcType outside 0, 4, 8, 12: zanStsOk
+ * and nothing written.  The B form averages the two references
+ * (r1 + r2 + 1) >> 1; either mcType outside the four values likewise writes
+ * nothing and returns zanStsOk. */
+ZanStatus zaniSqrDiff16x16_8u32s(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef, Zan32s refStep,
+                                 Zan32s mcType, Zan32s* pResult);
+ZanStatus zaniSqrDiff16x16B_8u32s(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef1, Zan32s ref1Step,
+                                  Zan32s mcType1, const Zan8u* pRef2, Zan32s ref2Step, Zan32s mcType2,
+                                  Zan32s* pResult);
+
+/* Q - (S * S) / 256 over the 256 samples (S sum, Q sum of squares; S * S
+ * taken without overflow, truncating division).  Not divided by 256. */
+ZanStatus zaniVariance16x16_8u32s(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pResult);
+
+/* 8x8 variance and plain sum S (both families write the sum, not a mean).
+ * In 32-bit float: m = S / 64, v = Q / 64 - m * m, truncated toward zero.
+ * For 16-bit samples Q is the sum of squares modulo 2^32 read as signed. */
+ZanStatus zaniVarSum8x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pVar, Zan32s* pSum);
+ZanStatus zaniVarSum8x8_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan32s* pVar, Zan32s* pSum);
+ZanStatus zaniVarMean8x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pVar, Zan32s* pMean);
+ZanStatus zaniVarMean8x8_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan32s* pVar, Zan32s* pMean);
+
+/* Variance and mean of the difference, per 8x8 block (16x8: left, right;
+ * 16x16: the four in row order).  r is the reference at mcType (its bits of
+ * value 4 and 8 add the row below and the next column); E = sum (cur - r)^2,
+ * R = sum r; then in 32 bits mean = (pSrcSum[i] - R) / 8 (truncating) and
+ * var = mean * mean < E ? (E - mean * mean) / 64 : 0.  The 16x16 form
+ * returns zanStsOk with nothing written for mcType outside 0, 4, 8, 12. */
+ZanStatus zaniVarMeanDiff16x16_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef, Zan32s refStep,
+                                         const Zan32s* pSrcSum, Zan32s* pVar, Zan32s* pMean, Zan32s mcType);
+ZanStatus zaniVarMeanDiff16x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pRef, Zan32s refStep,
+                                        const Zan32s* pSrcSum, Zan32s* pVar, Zan32s* pMean, Zan32s mcType);
+
+/* Sum of |sample - mean|, mean = (S + 32) >> 6 (8x8) or (S + 128) >> 8. */
+ZanStatus zaniMeanAbsDev8x8_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pResult);
+ZanStatus zaniMeanAbsDev16x16_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pResult);
+
+/* Sums of pSrc - pPred per 4x4 sub-block in row order (8x8: 4 sums, 16x16:
+ * 16).  8-bit forms saturate each sum to Zan16s.  If pDiff is not null the
+ * differences go there too, sub-block after sub-block, raster order inside
+ * each (pDiff[16k + 4y + x]); 16-bit forms store them modulo 2^16 and sum
+ * them exactly.  The C2P2 form reads 8x8 interleaved U, V pairs (16 bytes
+ * a row) and treats each plane alike, each pDiff optional. */
+ZanStatus zaniSumsDiff8x8Blocks4x4_8u16s_C1(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pPred,
+                                            Zan32s predStep, Zan16s* pSums, Zan16s* pDiff);
+ZanStatus zaniSumsDiff16x16Blocks4x4_8u16s_C1(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pPred,
+                                              Zan32s predStep, Zan16s* pSums, Zan16s* pDiff);
+ZanStatus zaniSumsDiff8x8Blocks4x4_16u32s_C1R(const Zan16u* pSrc, Zan32s srcStep, const Zan16u* pPred,
+                                              Zan32s predStep, Zan32s* pSums, Zan16s* pDiff);
+ZanStatus zaniSumsDiff16x16Blocks4x4_16u32s_C1R(const Zan16u* pSrc, Zan32s srcStep, const Zan16u* pPred,
+                                                Zan32s predStep, Zan32s* pSums, Zan16s* pDiff);
+ZanStatus zaniSumsDiff8x8Blocks4x4_8u16s_C2P2(const Zan8u* pSrc, Zan32s srcStep, const Zan8u* pPredU,
+                                              Zan32s predStepU, const Zan8u* pPredV, Zan32s predStepV,
+                                              Zan16s* pSumsU, Zan16s* pDiffU, Zan16s* pSumsV, Zan16s* pDiffV);
+
+/* Edge test of a 16x16 block.  For each sample but those of the last row
+ * and last column, d1 = |p(x,y) - p(x+1,y)| and d2 = |p(x,y) - p(x,y+1)|;
+ * the sample counts if either exceeds edgeDifference.  8-bit form: both are
+ * limited to 127 and compared as signed bytes with the low byte of
+ * edgeDifference, so 128..255 counts every sample.  Rows are scanned from
+ * the top and the scan stops (reading no further row) as soon as the count
+ * exceeds edgeCount: *pResult = 1; else 0.  16-bit form: edgeDifference
+ * above 65535 or edgeCount above 256 returns zanStsOk with nothing written. */
+ZanStatus zaniEdgesDetect16x16_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32u edgeDifference, Zan32u edgeCount,
+                                      Zan8u* pResult);
+ZanStatus zaniEdgesDetect16x16_16u_C1R(const Zan16u* pSrc, Zan32s srcStep, Zan32u edgeDifference,
+                                       Zan32u edgeCount, Zan8u* pResult);
+
+/* Number of zeros among 64 contiguous values. */
+ZanStatus zaniCountZeros8x8_16s_C1(const Zan16s* pSrc, Zan32u* pCount);
+
 /* ==== end of blockstats ==== */
 
 /* ==== quant263: H.263 and MPEG-4 quantisation ==== */
