@@ -148,7 +148,7 @@ inline void store_line(Zan8u* p, Zan32s step, Zan32s y, __m128i v) {
         store16(row(p, step, y), v);
     } else {
         store8(row(p, step, y), v);
-        _mm_storeh_pd(reinterpret_cast<double*>(row(p, step, y + 1)), _mm_castsi128_pd(v));
+        store8(row(p, step, y + 1), _mm_unpackhi_epi64(v, v));
     }
 }
 

@@ -76,12 +76,15 @@ inline __m128i gather(const Zan8u* p, Zan32s step, Zan32s y) {
     if constexpr (W == 4) {
         v = _mm_unpacklo_epi32(load4(row(p, step, y)), load4(row(p, step, y + 1)));
     } else {
-        v = _mm_setzero_si128();
-        for (int i = 0; i < RR; ++i) {
-            Zan16u two;
-            std::memcpy(&two, row(p, step, y + i), 2);
-            v = _mm_insert_epi16(v, two, i);
-        }
+        // Two rows of two samples in one 32-bit lane.
+        auto rows2 = [&](Zan32s y0) {
+            Zan16u a, b;
+            std::memcpy(&a, row(p, step, y0), 2);
+            std::memcpy(&b, row(p, step, y0 + 1), 2);
+            return _mm_cvtsi32_si128(static_cast<Zan32s>(a | (static_cast<Zan32u>(b) << 16)));
+        };
+        if constexpr (RR == 2) v = rows2(y);
+        else v = _mm_unpacklo_epi32(rows2(y), rows2(y + 2));
     }
     return _mm_unpacklo_epi8(v, _mm_setzero_si128());
 }
