@@ -10,8 +10,8 @@
 //
 // Byte arithmetic.  pavgb gives (a + b + 1) >> 1 exactly.  Rounding toward
 // zero is the same average on complemented bytes, complemented back:
-// (a + b) >> 1 = 255 - ((255 - a) + (255 - b) + 1) >> 1, and likewise
-// (a + b + c + d + 1) >> 2 from the exact four-sample average.
+// (a + b) >> 1 = 255 - ((255 - a) + (255 - b) + 1) >> 1.  Four samples are
+// averaged exactly from the two row averages and parities (avg4_tail).
 // The residual is added to the prediction widened to 16 bits with a
 // saturating add, then packed with unsigned saturation: a saturated sum lies
 // outside 0..255 exactly when the exact sum does, so the result is the
@@ -159,23 +159,80 @@ inline __m128i flip(__m128i v) {
     else return v;
 }
 
-constexpr int lines_per4(int W) { return W == 16 ? 4 : 2; }
 
-// The predictions of rows y..y+3 at position P, as lines.
-template <int W, int P, int RC, int D>
-inline void predict4(const Zan8u* r, Zan32s s, Zan32s y, __m128i* out) {
-    constexpr int L = lines_per4(W), R = 16 / W;
-    for (int i = 0; i < L; ++i) {
-        const Zan32s yy = y + R * i;
+// The exact four-sample average from the row averages x = (a + b + 1) >> 1,
+// y = (c + d + 1) >> 1 and the parities e = a ^ b, f = c ^ d (bit 0 counts).
+// With t = x + y, the sum is 2t - e - f.  Rounding to nearest:
+// (sum + 2) >> 2 = ((t + 1) >> 1) - 1 where t is odd and e or f is set.
+// Toward zero: (sum + 1) >> 2 = ((t + 1) >> 1) - 1 where t is odd, or where
+// t is even and both e and f are set (the two cases exclude each other).
+template <int RC>
+inline __m128i avg4_tail(__m128i x, __m128i y, __m128i e, __m128i f) {
+    const __m128i t = _mm_xor_si128(x, y);
+    const __m128i fix = RC ? _mm_or_si128(t, _mm_and_si128(e, f)) : _mm_and_si128(t, _mm_or_si128(e, f));
+    return _mm_sub_epi8(_mm_avg_epu8(x, y), _mm_and_si128(fix, _mm_set1_epi8(1)));
+}
+template <int RC>
+inline __m128i avg4(__m128i a, __m128i b, __m128i c, __m128i d) {
+    return avg4_tail<RC>(_mm_avg_epu8(a, b), _mm_avg_epu8(c, d), _mm_xor_si128(a, b), _mm_xor_si128(c, d));
+}
+
+// 16-wide blocks: the prediction row by row, each reference row loaded once.
+// The state carried from row y to row y+1 is the row itself (FH) or its
+// horizontal averages and parities (HH).
+template <int P, int RC, int D>
+struct Rows16 {
+    const Zan8u* r;
+    Zan32s s;
+    __m128i x = _mm_setzero_si128(), e = _mm_setzero_si128();
+
+    Rows16(const Zan8u* ref, Zan32s step) : r(ref), s(step) {
+        if constexpr (P == kFH) x = flip<RC>(load16(r));
+        if constexpr (P == kHH) {
+            const __m128i a = load16(r), b = load16(r + D);
+            x = _mm_avg_epu8(a, b);
+            e = _mm_xor_si128(a, b);
+        }
+    }
+    // The prediction of row y; called for y = 0, 1, 2 ... in turn.
+    __m128i next(Zan32s y) {
         if constexpr (P == kFF) {
-            out[i] = line<W>(r, s, yy);
-        } else if constexpr (P == kFH) {
-            out[i] = flip<RC>(_mm_avg_epu8(flip<RC>(line<W>(r, s, yy)), flip<RC>(line<W>(r, s, yy + 1))));
+            return load16(row(r, s, y));
         } else if constexpr (P == kHF) {
-            out[i] = flip<RC>(_mm_avg_epu8(flip<RC>(line<W>(r, s, yy)), flip<RC>(line<W>(r + D, s, yy))));
+            const Zan8u* p = row(r, s, y);
+            return flip<RC>(_mm_avg_epu8(flip<RC>(load16(p)), flip<RC>(load16(p + D))));
+        } else if constexpr (P == kFH) {
+            const __m128i n = flip<RC>(load16(row(r, s, y + 1)));
+            const __m128i out = flip<RC>(_mm_avg_epu8(x, n));
+            x = n;
+            return out;
         } else {
-            out[i] = flip<RC>(simd::avg4_u8(flip<RC>(line<W>(r, s, yy)), flip<RC>(line<W>(r + D, s, yy)),
-                                            flip<RC>(line<W>(r, s, yy + 1)), flip<RC>(line<W>(r + D, s, yy + 1))));
+            const Zan8u* p = row(r, s, y + 1);
+            const __m128i a = load16(p), b = load16(p + D);
+            const __m128i xn = _mm_avg_epu8(a, b), en = _mm_xor_si128(a, b);
+            const __m128i out = avg4_tail<RC>(x, xn, e, en);
+            x = xn;
+            e = en;
+            return out;
+        }
+    }
+};
+
+// 8-wide blocks: the predictions of rows y..y+3 as two lines of two rows.
+// All loads of the four rows come before any store, so the rows shared by
+// neighbouring lines are loaded once.
+template <int P, int RC, int D>
+inline void predict4x8(const Zan8u* r, Zan32s s, Zan32s y, __m128i* out) {
+    for (int i = 0; i < 2; ++i) {
+        const Zan32s yy = y + 2 * i;
+        if constexpr (P == kFF) {
+            out[i] = line<8>(r, s, yy);
+        } else if constexpr (P == kFH) {
+            out[i] = flip<RC>(_mm_avg_epu8(flip<RC>(line<8>(r, s, yy)), flip<RC>(line<8>(r, s, yy + 1))));
+        } else if constexpr (P == kHF) {
+            out[i] = flip<RC>(_mm_avg_epu8(flip<RC>(line<8>(r, s, yy)), flip<RC>(line<8>(r + D, s, yy))));
+        } else {
+            out[i] = avg4<RC>(line<8>(r, s, yy), line<8>(r + D, s, yy), line<8>(r, s, yy + 1), line<8>(r + D, s, yy + 1));
         }
     }
 }
@@ -194,75 +251,90 @@ inline __m128i add_residual_line(__m128i pred, const Zan16s* res, Zan32s rs, Zan
     else return add_residual(pred, load16(row(res, rs, y)), load16(row(res, rs, y + 1)));
 }
 
+// Runs out(y, pred) over the rows (W 16) or line pairs (W 8) of a block of
+// h rows predicted at position P.
+template <int W, int P, int RC, int D, class Out>
+inline void for_each_line(const Zan8u* r, Zan32s rs, Zan32s h, Out out) {
+    if constexpr (W == 16) {
+        Rows16<P, RC, D> rows(r, rs);
+#pragma GCC unroll 4
+        for (Zan32s y = 0; y < h; ++y) out(y, rows.next(y));
+    } else {
+        for (Zan32s y = 0; y < h; y += 4) {
+            __m128i p[2];
+            predict4x8<P, RC, D>(r, rs, y, p);
+            out(y, p[0]);
+            out(y + 2, p[1]);
+        }
+    }
+}
+
+// The same for the average of two predictions.
+template <int W, int PF, int PB, int RC, int D, class Out>
+inline void for_each_line2(const Zan8u* rf, Zan32s rfs, const Zan8u* rb, Zan32s rbs, Zan32s h, Out out) {
+    if constexpr (W == 16) {
+        Rows16<PF, RC, D> f(rf, rfs);
+        Rows16<PB, RC, D> b(rb, rbs);
+#pragma GCC unroll 4
+        for (Zan32s y = 0; y < h; ++y) out(y, _mm_avg_epu8(f.next(y), b.next(y)));
+    } else {
+        for (Zan32s y = 0; y < h; y += 4) {
+            __m128i pf[2], pb[2];
+            predict4x8<PF, RC, D>(rf, rfs, y, pf);
+            predict4x8<PB, RC, D>(rb, rbs, y, pb);
+            out(y, _mm_avg_epu8(pf[0], pb[0]));
+            out(y + 2, _mm_avg_epu8(pf[1], pb[1]));
+        }
+    }
+}
+
 template <int W, int P, int RC, int D>
 void mc_simd(const Zan8u* r, Zan32s rs, const Zan16s* res, Zan32s ress, Zan8u* dst, Zan32s ds, Zan32s h) {
-    constexpr int L = lines_per4(W), R = 16 / W;
-    for (Zan32s y = 0; y < h; y += 4) {
-        __m128i p[L];
-        predict4<W, P, RC, D>(r, rs, y, p);
-        for (int i = 0; i < L; ++i) store_line<W>(dst, ds, y + R * i, add_residual_line<W>(p[i], res, ress, y + R * i));
-    }
+    for_each_line<W, P, RC, D>(r, rs, h, [&](Zan32s y, __m128i p) {
+        store_line<W>(dst, ds, y, add_residual_line<W>(p, res, ress, y));
+    });
 }
 
 template <int W, int PF, int PB, int RC, int D>
 void mcb_simd(const Zan8u* rf, Zan32s rfs, const Zan8u* rb, Zan32s rbs, const Zan16s* res, Zan32s ress, Zan8u* dst,
               Zan32s ds, Zan32s h) {
-    constexpr int L = lines_per4(W), R = 16 / W;
-    for (Zan32s y = 0; y < h; y += 4) {
-        __m128i pf[L], pb[L];
-        predict4<W, PF, RC, D>(rf, rfs, y, pf);
-        predict4<W, PB, RC, D>(rb, rbs, y, pb);
-        for (int i = 0; i < L; ++i)
-            store_line<W>(dst, ds, y + R * i, add_residual_line<W>(_mm_avg_epu8(pf[i], pb[i]), res, ress, y + R * i));
-    }
+    for_each_line2<W, PF, PB, RC, D>(rf, rfs, rb, rbs, h, [&](Zan32s y, __m128i p) {
+        store_line<W>(dst, ds, y, add_residual_line<W>(p, res, ress, y));
+    });
+}
+
+// Residual U[x] to byte 2x, V[x] to byte 2x+1.
+inline __m128i add_pair_residual(__m128i p, const McPairArgs* a, Zan32s y) {
+    const __m128i u = load16(row(a->pResidualU, a->residualStep, y)), v = load16(row(a->pResidualV, a->residualStep, y));
+    return add_residual(p, _mm_unpacklo_epi16(u, v), _mm_unpackhi_epi16(u, v));
 }
 
 template <int PF, int PB, int RC>
 void pair_simd(const McPairArgs* a, Zan32s h) {
-    const Zan8u* rf = a->pRef;
-    const Zan32s rfs = a->refStep, rs = a->residualStep, ds = a->dstStep;
-    for (Zan32s y = 0; y < h; y += 4) {
-        __m128i p[4];
-        predict4<16, PF, RC, 2>(rf, rfs, y, p);
-        if constexpr (PB >= 0) {
-            __m128i pb[4];
-            predict4<16, PB, RC, 2>(a->pRefB, a->refStepB, y, pb);
-            for (int i = 0; i < 4; ++i) p[i] = _mm_avg_epu8(p[i], pb[i]);
-        }
-        for (int i = 0; i < 4; ++i) {
-            __m128i u = load16(row(a->pResidualU, rs, y + i)), v = load16(row(a->pResidualV, rs, y + i));
-            store16(row(a->pDst, ds, y + i), add_residual(p[i], _mm_unpacklo_epi16(u, v), _mm_unpackhi_epi16(u, v)));
-        }
-    }
+    Zan8u* dst = a->pDst;
+    const Zan32s ds = a->dstStep;
+    auto out = [&](Zan32s y, __m128i p) { store16(row(dst, ds, y), add_pair_residual(p, a, y)); };
+    if constexpr (PB < 0) for_each_line<16, PF, RC, 2>(a->pRef, a->refStep, h, out);
+    else for_each_line2<16, PF, PB, RC, 2>(a->pRef, a->refStep, a->pRefB, a->refStepB, h, out);
 }
 
 template <int W, int H, int P, int RC>
 void copy_hp_simd(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds) {
-    constexpr int L = lines_per4(W), R = 16 / W;
-    for (Zan32s y = 0; y < H; y += 4) {
-        __m128i p[L];
-        predict4<W, P, RC, 1>(s, ss, y, p);
-        for (int i = 0; i < L; ++i) store_line<W>(d, ds, y + R * i, p[i]);
-    }
+    for_each_line<W, P, RC, 1>(s, ss, H, [&](Zan32s y, __m128i p) { store_line<W>(d, ds, y, p); });
 }
 
 template <int W, int H, int P, int RC>
 void interp_avg_simd(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds) {
-    constexpr int L = lines_per4(W), R = 16 / W;
-    for (Zan32s y = 0; y < H; y += 4) {
-        __m128i p[L];
-        predict4<W, P, RC, 1>(s, ss, y, p);
-        for (int i = 0; i < L; ++i) store_line<W>(d, ds, y + R * i, _mm_avg_epu8(p[i], line<W>(d, ds, y + R * i)));
-    }
+    for_each_line<W, P, RC, 1>(s, ss, H, [&](Zan32s y, __m128i p) {
+        store_line<W>(d, ds, y, _mm_avg_epu8(p, line<W>(d, ds, y)));
+    });
 }
 
 template <int P, int RC>
 void add_hp_simd(const Zan16s* res, Zan32s ress, const Zan8u* r, Zan32s rs, Zan8u* d, Zan32s ds) {
-    for (Zan32s y = 0; y < 8; y += 4) {
-        __m128i p[2];
-        predict4<8, P, RC, 1>(r, rs, y, p);
-        for (int i = 0; i < 2; ++i) store_line<8>(d, ds, y + 2 * i, add_residual_line<8>(p[i], res, ress, y + 2 * i));
-    }
+    for_each_line<8, P, RC, 1>(r, rs, 8, [&](Zan32s y, __m128i p) {
+        store_line<8>(d, ds, y, add_residual_line<8>(p, res, ress, y));
+    });
 }
 
 template <int N>
