@@ -120,40 +120,41 @@ struct BlockKernels {
 // roundControl.  Narrow bidirectional tables (16): index = ((mcTypeF & 12) >> 2) | (mcTypeB & 12).
 // HP copy, interpolate-average and add-HP tables (8): index = (acc & 3) * 2 + (roundControl & 1),
 // acc bit 0 half sample in x, bit 1 in y: FF, FF, HF rc0, HF rc1, FH rc0, FH rc1, HH rc0, HH rc1.
-// In the interpolate-average tables the FF slots are the plain average.
-#define ZAN_MC_DECLARATIONS(P)                                                                        \
-    namespace zan::P::mc {                                                                            \
-    extern const std::array<zan::mc::McFn, 8> kMC16xH;          /* 16 wide, neighbour 1 byte on */              \
-    extern const std::array<zan::mc::McBFn, 32> kMC16xHB;                                                         \
-    extern const std::array<zan::mc::McFn, 8> kMC16xHUV;        /* 8 interleaved pairs, neighbour 2 bytes on */ \
-    extern const std::array<zan::mc::McBFn, 32> kMC16xHUVB;                                                       \
-    extern const std::array<zan::mc::McFn, 8> kMC8xH;                                                             \
-    extern const std::array<zan::mc::McBFn, 32> kMC8xHB;                                                          \
-    extern const std::array<zan::mc::McPairFn, 8> kMC8xHNV12;   /* residual in two planes */                    \
-    extern const std::array<zan::mc::McPairFn, 32> kMC8xHNV12B;                                                   \
-    extern const std::array<zan::mc::McSmallFn, 16> kMC4x8;                                                       \
-    extern const std::array<zan::mc::McSmallFn, 16> kMC4x4;                                                       \
-    extern const std::array<zan::mc::McSmallFn, 16> kMC4x2;                                                       \
-    extern const std::array<zan::mc::McSmallFn, 16> kMC2x4;                                                       \
-    extern const std::array<zan::mc::McSmallFn, 16> kMC2x2;                                                       \
-    extern const std::array<zan::mc::McSmallBFn, 16> kMC4x8B;                                                     \
-    extern const std::array<zan::mc::McSmallBFn, 16> kMC4x4B;                                                     \
-    extern const std::array<zan::mc::McSmallBFn, 16> kMC4x2B;                                                     \
-    extern const std::array<zan::mc::McSmallBFn, 16> kMC2x4B;                                                     \
-    extern const std::array<zan::mc::McSmallBFn, 16> kMC2x2B;                                                     \
-    extern const std::array<zan::mc::BlockFn, 8> kCopy16x16HP;                                                    \
-    extern const std::array<zan::mc::BlockFn, 8> kCopy16x8HP;                                                     \
-    extern const std::array<zan::mc::BlockFn, 8> kCopy8x8HP;                                                      \
-    extern const std::array<zan::mc::BlockFn, 8> kCopy8x4HP;                                                      \
-    extern const std::array<zan::mc::BlockFn, 8> kCopy4x4HP;    /* internal only: no export of this size */     \
-    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage16x16;                                        \
-    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage16x8;                                         \
-    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage8x8;                                          \
-    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage8x4;                                          \
-    extern const std::array<zan::mc::AddHPFn, 8> kAdd8x8HP;                                                       \
-    extern const zan::mc::WideKernels wide_kernels;                                                   \
-    extern const zan::mc::SmallKernels small_kernels;                                                 \
-    extern const zan::mc::BlockKernels block_kernels;                                                 \
+// In the interpolate-average tables the FF slots are the plain average.  A caller that holds a
+// position as even quarter-sample offsets (dx, dy in 0, 2) takes acc = (dx >> 1) | (dy & 2).
+#define ZAN_MC_DECLARATIONS(P)                                                                                        \
+    namespace zan::P::mc {                                                                                            \
+    extern const std::array<zan::mc::McFn, 8> kMC16xH;          /* 16 wide, neighbour 1 byte on */                    \
+    extern const std::array<zan::mc::McBFn, 32> kMC16xHB;                                                             \
+    extern const std::array<zan::mc::McFn, 8> kMC16xHUV;        /* 8 interleaved pairs, neighbour 2 bytes on */       \
+    extern const std::array<zan::mc::McBFn, 32> kMC16xHUVB;                                                           \
+    extern const std::array<zan::mc::McFn, 8> kMC8xH;                                                                 \
+    extern const std::array<zan::mc::McBFn, 32> kMC8xHB;                                                              \
+    extern const std::array<zan::mc::McPairFn, 8> kMC8xHNV12;   /* residual in two planes */                          \
+    extern const std::array<zan::mc::McPairFn, 32> kMC8xHNV12B;                                                       \
+    extern const std::array<zan::mc::McSmallFn, 16> kMC4x8;                                                           \
+    extern const std::array<zan::mc::McSmallFn, 16> kMC4x4;                                                           \
+    extern const std::array<zan::mc::McSmallFn, 16> kMC4x2;                                                           \
+    extern const std::array<zan::mc::McSmallFn, 16> kMC2x4;                                                           \
+    extern const std::array<zan::mc::McSmallFn, 16> kMC2x2;                                                           \
+    extern const std::array<zan::mc::McSmallBFn, 16> kMC4x8B;                                                         \
+    extern const std::array<zan::mc::McSmallBFn, 16> kMC4x4B;                                                         \
+    extern const std::array<zan::mc::McSmallBFn, 16> kMC4x2B;                                                         \
+    extern const std::array<zan::mc::McSmallBFn, 16> kMC2x4B;                                                         \
+    extern const std::array<zan::mc::McSmallBFn, 16> kMC2x2B;                                                         \
+    extern const std::array<zan::mc::BlockFn, 8> kCopy16x16HP;                                                        \
+    extern const std::array<zan::mc::BlockFn, 8> kCopy16x8HP;                                                         \
+    extern const std::array<zan::mc::BlockFn, 8> kCopy8x8HP;                                                          \
+    extern const std::array<zan::mc::BlockFn, 8> kCopy8x4HP;                                                          \
+    extern const std::array<zan::mc::BlockFn, 8> kCopy4x4HP;    /* internal only: no export of this size */           \
+    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage16x16;                                            \
+    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage16x8;                                             \
+    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage8x8;                                              \
+    extern const std::array<zan::mc::BlockFn, 8> kInterpolateAverage8x4;                                              \
+    extern const std::array<zan::mc::AddHPFn, 8> kAdd8x8HP;                                                           \
+    extern const zan::mc::WideKernels wide_kernels;                                                                   \
+    extern const zan::mc::SmallKernels small_kernels;                                                                 \
+    extern const zan::mc::BlockKernels block_kernels;                                                                 \
     }
 ZAN_MC_DECLARATIONS(u8)
 ZAN_MC_DECLARATIONS(n8)
