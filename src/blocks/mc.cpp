@@ -221,9 +221,9 @@ struct Rows16 {
 // 8-wide blocks: the predictions of rows y..y+3 as two lines of two rows.
 // All loads of the four rows come before any store, so the rows shared by
 // neighbouring lines are loaded once.
-template <int P, int RC, int D>
+template <int P, int RC, int D, int N = 2>
 inline void predict4x8(const Zan8u* r, Zan32s s, Zan32s y, __m128i* out) {
-    for (int i = 0; i < 2; ++i) {
+    for (int i = 0; i < N; ++i) {
         const Zan32s yy = y + 2 * i;
         if constexpr (P == kFF) {
             out[i] = line<8>(r, s, yy);
@@ -278,12 +278,13 @@ inline void for_each_line2(const Zan8u* rf, Zan32s rfs, const Zan8u* rb, Zan32s 
 #pragma GCC unroll 4
         for (Zan32s y = 0; y < h; ++y) out(y, _mm_avg_epu8(f.next(y), b.next(y)));
     } else {
-        for (Zan32s y = 0; y < h; y += 4) {
-            __m128i pf[2], pb[2];
-            predict4x8<PF, RC, D>(rf, rfs, y, pf);
-            predict4x8<PB, RC, D>(rb, rbs, y, pb);
-            out(y, _mm_avg_epu8(pf[0], pb[0]));
-            out(y + 2, _mm_avg_epu8(pf[1], pb[1]));
+        // One line (two rows) at a time: two references' rows in flight at
+        // once would not fit the registers.
+        for (Zan32s y = 0; y < h; y += 2) {
+            __m128i pf, pb;
+            predict4x8<PF, RC, D, 1>(rf, rfs, y, &pf);
+            predict4x8<PB, RC, D, 1>(rb, rbs, y, &pb);
+            out(y, _mm_avg_epu8(pf, pb));
         }
     }
 }
