@@ -194,6 +194,164 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
 
 /* ==== mc: half-sample motion compensation and block arithmetic ==== */
 
+/* Reference positions.  With rc = roundControl & 1 (0 rounds to nearest,
+ * 1 toward zero), R the reference and d the distance to the horizontal
+ * neighbour of the same channel (1 for a plain plane; 2 for interleaved
+ * chroma pairs: the UV forms, zaniMC16x4_8u_C1, zaniMC16x4B_8u_C1 and the
+ * P2C2R forms), the prediction P(x,y) is
+ *   full/full  R(x,y)
+ *   full/half  (R(x,y) + R(x,y+1) + 1 - rc) >> 1                    one more row read
+ *   half/full  (R(x,y) + R(x+d,y) + 1 - rc) >> 1                    d more bytes read per row
+ *   half/half  (R(x,y) + R(x+d,y) + R(x,y+1) + R(x+d,y+1) + 2 - rc) >> 2
+ * The full/full position does not round, so rc has no effect there.
+ *
+ * mcType: only bits 2 and 3 are read (mcType & 12): 0 full/full, 4 half
+ * sample in y, 8 half sample in x, 12 both.  roundControl: only bit 0 is
+ * read.  Neither is checked; masked, every value selects a valid position.
+ *
+ * Residuals are Zan16s blocks; every step, residual steps included, is in
+ * bytes.  No step is checked: zero and negative steps are legal.  Output
+ * samples are the exact sum saturated to 0..255.
+ *
+ * Every function returns zanStsNullPtr (-8) if any pointer it takes is
+ * null, writing nothing, and otherwise zanStsOk.
+ */
+
+/* Forward: pDst = sat(P + residual).  Block sizes in bytes across by rows;
+ * zaniMC16x8UV_8u_C1 and zaniMC16x4_8u_C1 are 8 interleaved chroma pairs
+ * (16 bytes) across, their horizontal neighbour 2 bytes on; the residual is
+ * interleaved the same way (16 values per row). */
+ZanStatus zaniMC16x16_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                            Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC16x8_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC16x4_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC16x8UV_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                             Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC8x16_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC8x8_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC8x4_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC4x8_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC4x4_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC4x2_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC2x4_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC2x2_8u_C1(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidual, Zan32s residualStep,
+                          Zan8u* pDst, Zan32s dstStep, Zan32s mcType, Zan32s roundControl);
+
+/* Bidirectional: pDst = sat((PF + PB + 2 * residual + 1) / 2), the division
+ * truncating, which equals sat(((PF + PB + 1) >> 1) + residual).  PF is
+ * taken at mcTypeF from pRefF, PB at mcTypeB from pRefB, both with the same
+ * rc.  Null pRefF, pRefB, pResidual or pDst: zanStsNullPtr. */
+ZanStatus zaniMC16x16B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                             Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                             Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC16x8B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                            Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                            Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC16x4B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                            Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                            Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC16x8BUV_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                              Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                              Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC8x16B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                            Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                            Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC8x8B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC8x4B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC4x8B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC4x4B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC4x2B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC2x4B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+ZanStatus zaniMC2x2B_8u_C1(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                           Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidual, Zan32s residualStep,
+                           Zan8u* pDst, Zan32s dstStep, Zan32s roundControl);
+
+/* Interleaved chroma, 8 pairs (16 bytes) across by 8 or 4 rows, neighbour 2
+ * bytes on; the residual lies in two planes of 8 values per row that share
+ * residualStep: output byte 2x takes pResidualU[x], byte 2x+1
+ * pResidualV[x].  All pointers are checked for null. */
+ZanStatus zaniMC8x8_16s8u_P2C2R(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidualU,
+                                const Zan16s* pResidualV, Zan32s residualStep, Zan8u* pDst, Zan32s dstStep,
+                                Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC8x4_16s8u_P2C2R(const Zan8u* pRef, Zan32s refStep, const Zan16s* pResidualU,
+                                const Zan16s* pResidualV, Zan32s residualStep, Zan8u* pDst, Zan32s dstStep,
+                                Zan32s mcType, Zan32s roundControl);
+ZanStatus zaniMC8x8B_16s8u_P2C2R(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                                 Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidualU,
+                                 const Zan16s* pResidualV, Zan32s residualStep, Zan8u* pDst, Zan32s dstStep,
+                                 Zan32s roundControl);
+ZanStatus zaniMC8x4B_16s8u_P2C2R(const Zan8u* pRefF, Zan32s refStepF, Zan32s mcTypeF, const Zan8u* pRefB,
+                                 Zan32s refStepB, Zan32s mcTypeB, const Zan16s* pResidualU,
+                                 const Zan16s* pResidualV, Zan32s residualStep, Zan8u* pDst, Zan32s dstStep,
+                                 Zan32s roundControl);
+
+/* Plain copies of a 16x16 or 8x8 block. */
+ZanStatus zaniCopy16x16_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniCopy8x8_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep);
+
+/* acc selects the position of the HP and interpolate-average forms: only
+ * its two low bits are read, bit 0 half sample in x, bit 1 half sample in y
+ * (1 half/full, 2 full/half, 3 half/half); d is 1.  roundControl as above.
+ * HP copies: pDst = P(x,y). */
+ZanStatus zaniCopy16x16HP_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                                 Zan32s roundControl);
+ZanStatus zaniCopy16x8HP_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                                Zan32s roundControl);
+ZanStatus zaniCopy8x8HP_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                               Zan32s roundControl);
+ZanStatus zaniCopy8x4HP_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                               Zan32s roundControl);
+
+/* pSrcDst = (P(x,y) + pSrcDst + 1) >> 1, P from pSrc at acc, roundControl. */
+ZanStatus zaniInterpolateAverage16x16_8u_C1IR(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pSrcDst,
+                                              Zan32s srcDstStep, Zan32s acc, Zan32s roundControl);
+ZanStatus zaniInterpolateAverage16x8_8u_C1IR(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pSrcDst,
+                                             Zan32s srcDstStep, Zan32s acc, Zan32s roundControl);
+ZanStatus zaniInterpolateAverage8x8_8u_C1IR(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pSrcDst,
+                                            Zan32s srcDstStep, Zan32s acc, Zan32s roundControl);
+ZanStatus zaniInterpolateAverage8x4_8u_C1IR(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pSrcDst,
+                                            Zan32s srcDstStep, Zan32s acc, Zan32s roundControl);
+
+/* Averages: pDst = (a + b + 1) >> 1; the IR forms average pSrc into pSrcDst. */
+ZanStatus zaniAverage16x16_8u_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                  Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniAverage8x8_8u_C1R(const Zan8u* pSrc1, Zan32s src1Step, const Zan8u* pSrc2, Zan32s src2Step,
+                                Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniAverage16x16_8u_C1IR(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pSrcDst, Zan32s srcDstStep);
+ZanStatus zaniAverage8x8_8u_C1IR(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pSrcDst, Zan32s srcDstStep);
+
+/* 8x8 in place: the sample and the residual are added in wrapping 16-bit
+ * arithmetic (255 + 32767 wraps to -32514) and the sum is saturated to
+ * 0..255. */
+ZanStatus zaniAdd8x8_16s8u_C1IRS(const Zan16s* pResidual, Zan32s residualStep, Zan8u* pSrcDst,
+                                 Zan32s srcDstStep);
+/* 8x8: pDst = sat(P(x,y) + residual), P from pRef at acc, roundControl. */
+ZanStatus zaniAdd8x8HP_16s8u_C1RS(const Zan16s* pResidual, Zan32s residualStep, const Zan8u* pRef,
+                                  Zan32s refStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc, Zan32s roundControl);
+/* 8x8 in place: every sample becomes sat(sample + value). */
+ZanStatus zaniAddC8x8_16s8u_C1IR(Zan16s value, Zan8u* pSrcDst, Zan32s srcDstStep);
+
 /* ==== end of mc ==== */
 
 /* ==== diff: block differencing for encoders ==== */

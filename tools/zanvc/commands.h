@@ -5,6 +5,7 @@
 namespace zanvc_tool {
 
 int search(int argc, char** argv);  // motion search demo / on two PGM pictures
+int mc(int argc, char** argv);      // motion-compensated prediction at one vector
 int info(int argc, char** argv);    // version record, path, processor features
 int bench(int argc, char** argv);   // runs zanvc_bench and tabulates its results
 void usage(const char* program);

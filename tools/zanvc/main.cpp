@@ -26,6 +26,15 @@ void usage(const char* program) {
         "          --seed N      texture seed of the built-in pictures (default 1)\n"
         "          --no-map      leave out the vector map\n"
         "        This is the default command.\n"
+        "  mc [CUR.pgm REF.pgm] --vector DX,DY [--round 0|1] [--max-mse T]\n"
+        "        predicts every 16x16 block of CUR from REF at the vector DX,DY, in half\n"
+        "        samples (the block at x takes REF at x + DX/2), through the exported HP\n"
+        "        copy, adds the residual back through the exported motion compensation\n"
+        "        (which must rebuild CUR exactly) and prints the mean squared residual per\n"
+        "        sample, over the blocks whose reference lies inside the picture.  Fails\n"
+        "        (exit 1) above T.  Without pictures it shifts a synthetic picture by known\n"
+        "        vectors (whole and half samples) and fails unless each true vector gives a\n"
+        "        residual of 0 and every other vector within one sample a larger one.\n"
         "  info  version record, active path, processor features, cache size, threads\n"
         "  bench [--markdown] [--min-time=S] [--repetitions=N] [FILTER]\n"
         "        runs zanvc_bench (FILTER is its --benchmark_filter regular expression)\n"
@@ -47,6 +56,7 @@ int main(int argc, char** argv) {
     if (argc < 2) return search(0, argv + 1);
     const char* cmd = argv[1];
     if (std::strcmp(cmd, "search") == 0) return search(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "mc") == 0) return mc(argc - 2, argv + 2);
     if (std::strcmp(cmd, "info") == 0) return info(argc - 2, argv + 2);
     if (std::strcmp(cmd, "bench") == 0) return bench(argc - 2, argv + 2);
     if (std::strcmp(cmd, "help") == 0 || std::strcmp(cmd, "--help") == 0 || std::strcmp(cmd, "-h") == 0) {
