@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds and checks the project with the presets of CMakePresets.json.
 #   ./build.sh test   release build and tests, sanitizer build and tests,
-#                     then the install check
+#                     the install check, then short runs of the fuzz targets
 #   ./build.sh demo   release build, then the zanvc motion search demo
 # Missing build dependencies are installed with apt-get first.
 set -euo pipefail
@@ -20,6 +20,8 @@ deps=(
   "pkg-config:/usr/bin/pkg-config"
   "binutils:/usr/bin/objdump"
   "ffmpeg:/usr/bin/ffmpeg"
+  "clang:/usr/bin/clang++"
+  "libclang-rt-14-dev:/usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a"
 )
 
 install_deps() {
@@ -54,6 +56,7 @@ case ${1:-} in
     step "release: configure, build, test" cmake --workflow --preset test
     step "asan: configure, build, test" cmake --workflow --preset asan
     step "install check" tests/install/check_install.sh build/release
+    step "fuzz: clang build, short runs of every target" cmake --workflow --preset fuzz
     ;;
   demo)
     install_deps
