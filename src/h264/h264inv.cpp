@@ -738,6 +738,77 @@ void luma_dc_16s_simd(Zan16s* p, Zan32s QP, const Zan16s* pScaleLevel) {
     store16(p + 8, r23);
 }
 
+// The 4x4 Hadamard on 32-bit lanes, rows r[0..3] in and out.
+inline void hstage4_32(__m128i& a0, __m128i& a1, __m128i& a2, __m128i& a3) {
+    __m128i e0 = _mm_add_epi32(a0, a2), e1 = _mm_sub_epi32(a0, a2);
+    __m128i e2 = _mm_sub_epi32(a1, a3), e3 = _mm_add_epi32(a1, a3);
+    a0 = _mm_add_epi32(e0, e3);
+    a1 = _mm_add_epi32(e1, e2);
+    a2 = _mm_sub_epi32(e1, e2);
+    a3 = _mm_sub_epi32(e0, e3);
+}
+inline void hadamard4x4_32(__m128i r[4]) {
+    transpose4x4_32(r[0], r[1], r[2], r[3]);
+    hstage4_32(r[0], r[1], r[2], r[3]);
+    transpose4x4_32(r[0], r[1], r[2], r[3]);
+    hstage4_32(r[0], r[1], r[2], r[3]);
+}
+
+// Flat luma DC: 16-bit input widened, exact Hadamard, (f * s + r) >> r,
+// low 16 bits.
+void luma_dc_flat_simd(Zan16s* p, Zan32s QP, const Zan16s*) {
+    __m128i v01 = load16(p), v23 = load16(p + 8);
+    __m128i r[4] = {_mm_srai_epi32(_mm_unpacklo_epi16(v01, v01), 16), _mm_srai_epi32(_mm_unpackhi_epi16(v01, v01), 16),
+                    _mm_srai_epi32(_mm_unpacklo_epi16(v23, v23), 16), _mm_srai_epi32(_mm_unpackhi_epi16(v23, v23), 16)};
+    hadamard4x4_32(r);
+    Zan32s sh = QP < 6 ? 2 : QP < 12 ? 1 : 0;
+    const __m128i s = _mm_set1_epi32(kLumaDcFlat[QP]), round = _mm_set1_epi32(sh), count = _mm_cvtsi32_si128(sh);
+    for (__m128i& x : r) x = _mm_sra_epi32(_mm_add_epi32(mullo32(x, s), round), count);
+    store16(p, pack_low16(r[0], r[1]));
+    store16(p + 8, pack_low16(r[2], r[3]));
+}
+
+void luma_dc_32s_simd(Zan32s* p, Zan32s QP, const Zan16s* pScaleLevel) {
+    __m128i r[4] = {load16(p), load16(p + 4), load16(p + 8), load16(p + 12)};
+    hadamard4x4_32(r);
+    Zan32s q = kQp.div[QP];
+    const __m128i s = _mm_set1_epi32(dc_scale(pScaleLevel, QP));
+    if (QP >= 36) {
+        const __m128i count = _mm_cvtsi32_si128(q - 6);
+        for (__m128i& x : r) x = _mm_sll_epi32(mullo32(x, s), count);
+    } else {
+        const __m128i count = _mm_cvtsi32_si128(6 - q), round = _mm_set1_epi32(1 << (5 - q));
+        for (__m128i& x : r) x = _mm_sra_epi32(_mm_add_epi32(mullo32(x, s), round), count);
+    }
+    for (int i = 0; i < 4; ++i) store16(p + 4 * i, r[i]);
+}
+
+// 4:2:2 chroma DC, 16-bit: each row pair duplicated and multiply-added
+// against the sign patterns gives the row sums and differences (and their
+// negations for rows 1 and 3) as 32-bit values, packed to 16 bits with
+// saturation; the Hadamard down the rows then wraps in 16 bits.
+void chroma_dc2x4_16s_simd(Zan16s* p, Zan32s QP, const Zan16s* pScaleLevel) {
+    const __m128i plus = _mm_setr_epi16(1, 1, 1, -1, 1, 1, 1, -1), minus = _mm_setr_epi16(1, 1, 1, -1, -1, -1, -1, 1);
+    __m128i v = load16(p);
+    __m128i x01 = _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 1, 0, 0)), x23 = _mm_shuffle_epi32(v, _MM_SHUFFLE(3, 3, 2, 2));
+    // a: S0 D0 S1 D1 S2 D2 S3 D3; b: S0 D0 NS1 ND1 S2 D2 NS3 ND3.
+    __m128i a = _mm_packs_epi32(_mm_madd_epi16(x01, plus), _mm_madd_epi16(x23, plus));
+    __m128i b = _mm_packs_epi32(_mm_madd_epi16(x01, minus), _mm_madd_epi16(x23, minus));
+    __m128i ta = _mm_add_epi16(a, _mm_shuffle_epi32(a, _MM_SHUFFLE(2, 3, 0, 1)));  // rows 0+1, 2+3
+    __m128i tb = _mm_add_epi16(b, _mm_shuffle_epi32(b, _MM_SHUFFLE(2, 3, 0, 1)));  // rows 0-1, 2-3
+    __m128i lo = _mm_unpacklo_epi32(ta, tb), hi = _mm_unpackhi_epi32(ta, tb);
+    __m128i f = _mm_unpacklo_epi32(_mm_add_epi16(lo, hi), _mm_sub_epi16(lo, hi));  // f0 f1 f3 f2
+    f = _mm_shuffle_epi32(f, _MM_SHUFFLE(2, 3, 1, 0));
+    Zan32s qp = QP + 3, q = kQp.div[qp];
+    const __m128i s = _mm_set1_epi16(static_cast<Zan16s>(dc_scale(pScaleLevel, qp)));
+    if (q >= 6) {
+        f = _mm_sll_epi16(_mm_mullo_epi16(f, s), _mm_cvtsi32_si128(q - 6));
+    } else {
+        f = dequant8_16(f, s, false, _mm_cvtsi32_si128(6 - q), _mm_set1_epi32(1 << (5 - q)));
+    }
+    store16(p, f);
+}
+
 void dequant8x8_16s_simd(Zan16s* p, Zan32s Qp6, const Zan16s* s) {
     if (Qp6 >= 6) {
         __m128i count = _mm_cvtsi32_si128(Qp6 - 6);
@@ -868,7 +939,10 @@ constexpr KernelPair<Add16Fn> kAdd16[] = {{"add4x4_16s", add4x4_16s_rule, add4x4
 constexpr KernelPair<Add32Fn> kAdd32[] = {{"add4x4_32s", add4x4_32s_rule, add4x4_32s_simd, 4, 4, 87}};
 constexpr KernelPair<Inv16Fn> kInv16[] = {{"inv4x4_16s", inv4x4_16s_rule, inv4x4_16s_simd, 4, 4, 0}};
 constexpr KernelPair<Inv32Fn> kInv32[] = {{"inv4x4_32s", inv4x4_32s_rule, inv4x4_32s_simd, 4, 4, 0}};
-constexpr KernelPair<Dc16Fn> kDc16[] = {{"luma_dc_16s", luma_dc_16s_rule, luma_dc_16s_simd, 4, 4, 51}};
+constexpr KernelPair<Dc16Fn> kDc16[] = {{"luma_dc_flat", luma_dc_flat_rule, luma_dc_flat_simd, 4, 4, 51},
+                                        {"luma_dc_16s", luma_dc_16s_rule, luma_dc_16s_simd, 4, 4, 51},
+                                        {"chroma_dc2x4_16s", chroma_dc2x4_16s_rule, chroma_dc2x4_16s_simd, 2, 4, 39}};
+constexpr KernelPair<Dc32Fn> kDc32[] = {{"luma_dc_32s", luma_dc_32s_rule, luma_dc_32s_simd, 4, 4, 87}};
 constexpr KernelPair<Dequant8x8_16Fn> kDequant16[] = {
     {"dequant8x8_16s", dequant8x8_16s_rule, dequant8x8_16s_simd, 8, 8, 8}};
 constexpr KernelPair<Dequant8x8_32Fn> kDequant32[] = {
@@ -878,7 +952,7 @@ constexpr KernelPair<Add8x8_32Fn> kAdd8x8_32[] = {{"add8x8_32s", add8x8_32s_rule
 
 }  // namespace
 
-const Kernels kernels = {kAddFlat, kResidualFlat, kAdd16, kAdd32, kInv16, kInv32, kDc16, {},
+const Kernels kernels = {kAddFlat, kResidualFlat, kAdd16, kAdd32, kInv16, kInv32, kDc16, kDc32,
                          kDequant16, kDequant32, kAdd8x8_16, kAdd8x8_32};
 
 // ===================================================== shared entry points
@@ -900,15 +974,15 @@ void add4x4_32s(const Zan16u* pPred, Zan32s predStep, Zan32s* pSrcDst, const Zan
 }
 void inv4x4_16s(const Zan16s* pSrc, Zan16s* pDst) { inv4x4_16s_simd(pSrc, pDst); }
 void inv4x4_32s(const Zan32s* pSrc, Zan32s* pDst) { inv4x4_32s_simd(pSrc, pDst); }
-// The DC stages of four or eight values and the flat luma DC (exact 32-bit
-// Hadamard with one multiply) run as plain code.
-void luma_dc_flat(Zan16s* p, Zan32s QP, const Zan16s* s) { luma_dc_flat_rule(p, QP, s); }
+// The 2x2 chroma DC stages (four values) and the 32-bit 4:2:2 one run as
+// plain code.
+void luma_dc_flat(Zan16s* p, Zan32s QP, const Zan16s* s) { luma_dc_flat_simd(p, QP, s); }
 void chroma_dc_flat(Zan16s* p, Zan32s QP, const Zan16s* s) { chroma_dc_flat_rule(p, QP, s); }
 void luma_dc_16s(Zan16s* p, Zan32s QP, const Zan16s* s) { luma_dc_16s_simd(p, QP, s); }
-void luma_dc_32s(Zan32s* p, Zan32s QP, const Zan16s* s) { luma_dc_32s_rule(p, QP, s); }
+void luma_dc_32s(Zan32s* p, Zan32s QP, const Zan16s* s) { luma_dc_32s_simd(p, QP, s); }
 void chroma_dc2x2_16s(Zan16s* p, Zan32s QP, const Zan16s* s) { chroma_dc2x2_16s_rule(p, QP, s); }
 void chroma_dc2x2_32s(Zan32s* p, Zan32s QP, const Zan16s* s) { chroma_dc2x2_32s_rule(p, QP, s); }
-void chroma_dc2x4_16s(Zan16s* p, Zan32s QP, const Zan16s* s) { chroma_dc2x4_16s_rule(p, QP, s); }
+void chroma_dc2x4_16s(Zan16s* p, Zan32s QP, const Zan16s* s) { chroma_dc2x4_16s_simd(p, QP, s); }
 void chroma_dc2x4_32s(Zan32s* p, Zan32s QP, const Zan16s* s) { chroma_dc2x4_32s_rule(p, QP, s); }
 void dequant8x8_16s(Zan16s* p, Zan32s Qp6, const Zan16s* s) { dequant8x8_16s_simd(p, Qp6, s); }
 void dequant8x8_32s(Zan32s* p, Zan32s Qp6, const Zan16s* s) { dequant8x8_32s_simd(p, Qp6, s); }

@@ -143,8 +143,9 @@ using Add8x8_32Fn = void (*)(const Zan16u* pPred, Zan32s predStep, const Zan32s*
 
 // Catalogue of the family's kernels, rule beside vector kernel.  param: the
 // largest QP (or Qp6) the entry accepts; the checker draws within 0..param.
-// The DC entries of 4 values (chroma 2x2) and the SI/SP functions have no
-// vector kernel: there the scalar code is the implementation.
+// The chroma 2x2 DC stages (four values), the 32-bit 4:2:2 DC stage and the
+// SI/SP functions have no vector kernel: there the scalar code is the
+// implementation.
 struct Kernels {
     KernelList<AddFlatFn> addFlat;
     KernelList<ResidualFlatFn> residualFlat;
