@@ -276,7 +276,7 @@ ZanStatus zaniDequantTransformResidual_H264_16s_C1I(Zan16s* pSrcDst, Zan32s step
  * inverse transform (rows wrapping in 16 bits, columns in 32 bits),
  * (x + 32) >> 6 clamped to 0..255.
  * Checks: pSrcDst or pPredict null -8.  qp and qs are not checked; values
- * outside 0..51 give unspecified (but memory-safe) results. */
+ * outside 0..51 give undefined (but memory-safe) results. */
 ZanStatus zaniDequantTransformResidual_SISP_H264_16s_C1I(Zan16s* pSrcDst, const Zan16s* pPredict, const Zan16s* pDC,
                                                          Zan32s AC, Zan32s qp, Zan32s qs, Zan32s switching);
 

@@ -47,12 +47,16 @@ struct Wrap32 {
 
 // ============================================================ scalar rules
 
-// One line of the 4x4 inverse transform (clause 8.5.12.2); round is added
-// to the two even terms before the last butterfly.
-template <class Ops>
+// One line of the 4x4 inverse transform (clause 8.5.12.2), whose odd
+// inputs are halved, or with Halve false one line of the 4x4 Hadamard
+// (clause 8.5.10) in the same butterfly order, which gives the standard's
+// output order.  round is added to the two even terms before the last
+// butterfly.
+template <class Ops, bool Halve = true>
 void line4(Zan32s& a0, Zan32s& a1, Zan32s& a2, Zan32s& a3, Zan32s round) {
+    Zan32s h1 = Halve ? a1 >> 1 : a1, h3 = Halve ? a3 >> 1 : a3;
     Zan32s e0 = Ops::add(a0, a2), e1 = Ops::sub(a0, a2);
-    Zan32s e2 = Ops::sub(a1 >> 1, a3), e3 = Ops::add(a1, a3 >> 1);
+    Zan32s e2 = Ops::sub(h1, a3), e3 = Ops::add(a1, h3);
     e0 = Ops::add(e0, round);
     e1 = Ops::add(e1, round);
     a0 = Ops::add(e0, e3);
@@ -74,20 +78,10 @@ void inv4x4_sat(Zan32s b[16]) {
     for (int k = 0; k < 16; ++k) b[k] >>= 6;
 }
 
-// One line of the 4x4 Hadamard (clause 8.5.10), in the butterfly order of
-// the core transform without the halving: outputs in the standard's order.
-template <class Ops>
-void hline4(Zan32s& a0, Zan32s& a1, Zan32s& a2, Zan32s& a3) {
-    Zan32s e0 = Ops::add(a0, a2), e1 = Ops::sub(a0, a2), e2 = Ops::sub(a1, a3), e3 = Ops::add(a1, a3);
-    a0 = Ops::add(e0, e3);
-    a1 = Ops::add(e1, e2);
-    a2 = Ops::sub(e1, e2);
-    a3 = Ops::sub(e0, e3);
-}
 template <class Ops>
 void hadamard4x4(Zan32s b[16]) {
-    for (int i = 0; i < 4; ++i) hline4<Ops>(b[4 * i], b[4 * i + 1], b[4 * i + 2], b[4 * i + 3]);
-    for (int j = 0; j < 4; ++j) hline4<Ops>(b[j], b[4 + j], b[8 + j], b[12 + j]);
+    for (int i = 0; i < 4; ++i) line4<Ops, false>(b[4 * i], b[4 * i + 1], b[4 * i + 2], b[4 * i + 3], 0);
+    for (int j = 0; j < 4; ++j) line4<Ops, false>(b[j], b[4 + j], b[8 + j], b[12 + j], 0);
 }
 
 // pDst = clamp(sat16(pred + r), 0, maxv) for a 4x4 block.
@@ -461,10 +455,11 @@ struct VWrap32 {
 // One 4-point stage on 16-bit lanes, with the four input lines held as
 // x = [a0 | a1] and y = [a2 | a3] (four lanes each).  Returns p = [b0 | b1]
 // and q = [b3 | b2].  round goes to the lanes of the even terms (low half).
-template <class V>
+// The core transform halves its odd inputs (Halve), the Hadamard does not.
+template <class V, bool Halve = true>
 inline void stage4(__m128i x, __m128i y, __m128i round, __m128i& p, __m128i& q) {
-    __m128i s = V::add(x, lo_hi(y, V::template sra<1>(y)));  // [e0 | e3]
-    __m128i d = V::sub(lo_hi(x, V::template sra<1>(x)), y);  // [e1 | e2]
+    __m128i s = V::add(x, Halve ? lo_hi(y, V::template sra<1>(y)) : y);  // [e0 | e3]
+    __m128i d = V::sub(Halve ? lo_hi(x, V::template sra<1>(x)) : x, y);  // [e1 | e2]
     s = V::add(s, round);
     d = V::add(d, round);
     __m128i e01 = _mm_unpacklo_epi64(s, d), e32 = _mm_unpackhi_epi64(s, d);
@@ -479,17 +474,18 @@ inline void transpose4x4_16(__m128i& a, __m128i& b) {
     b = _mm_unpackhi_epi16(t0, t1);
 }
 
-// The 16-bit 4x4 transform of V's arithmetic: rows r01 = [row0 | row1],
-// r23 = [row2 | row3] in, the same layout out (before the final shift).
-template <class V>
+// The 16-bit 4x4 transform of V's arithmetic (or with Halve false the
+// Hadamard): rows r01 = [row0 | row1], r23 = [row2 | row3] in, the same
+// layout out (before the final shift).
+template <class V, bool Halve = true>
 inline void transform4x4_16(__m128i& r01, __m128i& r23, __m128i round) {
     __m128i p, q;
     transpose4x4_16(r01, r23);  // columns: lanes are rows
-    stage4<V>(r01, r23, _mm_setzero_si128(), p, q);
+    stage4<V, Halve>(r01, r23, _mm_setzero_si128(), p, q);
     r01 = p;
     r23 = swap_halves(q);
     transpose4x4_16(r01, r23);  // rows again
-    stage4<V>(r01, r23, round, p, q);
+    stage4<V, Halve>(r01, r23, round, p, q);
     r01 = p;
     r23 = swap_halves(q);
 }
@@ -646,21 +642,31 @@ inline void transpose4x4_32(__m128i& r0, __m128i& r1, __m128i& r2, __m128i& r3) 
     r3 = _mm_unpackhi_epi64(t2, t3);
 }
 
+// One 4-point stage on 32-bit lanes: the core transform halves its odd
+// inputs (Halve), the Hadamard does not.
+template <bool Halve>
 inline void stage4_32(__m128i& a0, __m128i& a1, __m128i& a2, __m128i& a3) {
+    __m128i h1 = Halve ? _mm_srai_epi32(a1, 1) : a1, h3 = Halve ? _mm_srai_epi32(a3, 1) : a3;
     __m128i e0 = _mm_add_epi32(a0, a2), e1 = _mm_sub_epi32(a0, a2);
-    __m128i e2 = _mm_sub_epi32(_mm_srai_epi32(a1, 1), a3), e3 = _mm_add_epi32(a1, _mm_srai_epi32(a3, 1));
+    __m128i e2 = _mm_sub_epi32(h1, a3), e3 = _mm_add_epi32(a1, h3);
     a0 = _mm_add_epi32(e0, e3);
     a1 = _mm_add_epi32(e1, e2);
     a2 = _mm_sub_epi32(e1, e2);
     a3 = _mm_sub_epi32(e0, e3);
 }
 
+// Rows, then columns, of rows r[0..3] (wrapping 32-bit arithmetic).
+template <bool Halve>
+inline void pass4x4_32(__m128i r[4]) {
+    transpose4x4_32(r[0], r[1], r[2], r[3]);
+    stage4_32<Halve>(r[0], r[1], r[2], r[3]);
+    transpose4x4_32(r[0], r[1], r[2], r[3]);
+    stage4_32<Halve>(r[0], r[1], r[2], r[3]);
+}
+
 // Wrapping 32-bit 4x4 transform, rows r[0..3] in, residual rows out.
 inline void transform4x4_32(__m128i r[4]) {
-    transpose4x4_32(r[0], r[1], r[2], r[3]);
-    stage4_32(r[0], r[1], r[2], r[3]);
-    transpose4x4_32(r[0], r[1], r[2], r[3]);
-    stage4_32(r[0], r[1], r[2], r[3]);
+    pass4x4_32<true>(r);
     const __m128i k32 = _mm_set1_epi32(32);
     for (int i = 0; i < 4; ++i) r[i] = _mm_srai_epi32(_mm_add_epi32(r[i], k32), 6);
 }
@@ -704,25 +710,9 @@ void add4x4_32s_simd(const Zan16u* pPred, Zan32s predStep, Zan32s* pSrcDst, cons
 
 // ---- DC stages
 
-// Luma DC, 16-bit level-scale form: saturating Hadamard on [r0|r1], [r2|r3].
-inline void hstage4_sat(__m128i x, __m128i y, __m128i& p, __m128i& q) {
-    __m128i s = _mm_adds_epi16(x, y);  // [a0+a2 | a1+a3] = [e0 | e3]
-    __m128i d = _mm_subs_epi16(x, y);  // [a0-a2 | a1-a3] = [e1 | e2]
-    __m128i e01 = _mm_unpacklo_epi64(s, d), e32 = _mm_unpackhi_epi64(s, d);
-    p = _mm_adds_epi16(e01, e32);
-    q = _mm_subs_epi16(e01, e32);
-}
-
 void luma_dc_16s_simd(Zan16s* p, Zan32s QP, const Zan16s* pScaleLevel) {
-    __m128i r01 = load16(p), r23 = load16(p + 8), a, b;
-    transpose4x4_16(r01, r23);
-    hstage4_sat(r01, r23, a, b);
-    r01 = a;
-    r23 = swap_halves(b);
-    transpose4x4_16(r01, r23);
-    hstage4_sat(r01, r23, a, b);
-    r01 = a;
-    r23 = swap_halves(b);
+    __m128i r01 = load16(p), r23 = load16(p + 8);
+    transform4x4_16<VSat16, false>(r01, r23, _mm_setzero_si128());  // saturating Hadamard
     Zan32s s = dc_scale(pScaleLevel, QP), q = kQp.div[QP];
     __m128i sv = _mm_set1_epi16(static_cast<Zan16s>(s));
     if (QP >= 36) {
@@ -738,29 +728,13 @@ void luma_dc_16s_simd(Zan16s* p, Zan32s QP, const Zan16s* pScaleLevel) {
     store16(p + 8, r23);
 }
 
-// The 4x4 Hadamard on 32-bit lanes, rows r[0..3] in and out.
-inline void hstage4_32(__m128i& a0, __m128i& a1, __m128i& a2, __m128i& a3) {
-    __m128i e0 = _mm_add_epi32(a0, a2), e1 = _mm_sub_epi32(a0, a2);
-    __m128i e2 = _mm_sub_epi32(a1, a3), e3 = _mm_add_epi32(a1, a3);
-    a0 = _mm_add_epi32(e0, e3);
-    a1 = _mm_add_epi32(e1, e2);
-    a2 = _mm_sub_epi32(e1, e2);
-    a3 = _mm_sub_epi32(e0, e3);
-}
-inline void hadamard4x4_32(__m128i r[4]) {
-    transpose4x4_32(r[0], r[1], r[2], r[3]);
-    hstage4_32(r[0], r[1], r[2], r[3]);
-    transpose4x4_32(r[0], r[1], r[2], r[3]);
-    hstage4_32(r[0], r[1], r[2], r[3]);
-}
-
 // Flat luma DC: 16-bit input widened, exact Hadamard, (f * s + r) >> r,
 // low 16 bits.
 void luma_dc_flat_simd(Zan16s* p, Zan32s QP, const Zan16s*) {
     __m128i v01 = load16(p), v23 = load16(p + 8);
     __m128i r[4] = {_mm_srai_epi32(_mm_unpacklo_epi16(v01, v01), 16), _mm_srai_epi32(_mm_unpackhi_epi16(v01, v01), 16),
                     _mm_srai_epi32(_mm_unpacklo_epi16(v23, v23), 16), _mm_srai_epi32(_mm_unpackhi_epi16(v23, v23), 16)};
-    hadamard4x4_32(r);
+    pass4x4_32<false>(r);  // Hadamard
     Zan32s sh = QP < 6 ? 2 : QP < 12 ? 1 : 0;
     const __m128i s = _mm_set1_epi32(kLumaDcFlat[QP]), round = _mm_set1_epi32(sh), count = _mm_cvtsi32_si128(sh);
     for (__m128i& x : r) x = _mm_sra_epi32(_mm_add_epi32(mullo32(x, s), round), count);
@@ -770,7 +744,7 @@ void luma_dc_flat_simd(Zan16s* p, Zan32s QP, const Zan16s*) {
 
 void luma_dc_32s_simd(Zan32s* p, Zan32s QP, const Zan16s* pScaleLevel) {
     __m128i r[4] = {load16(p), load16(p + 4), load16(p + 8), load16(p + 12)};
-    hadamard4x4_32(r);
+    pass4x4_32<false>(r);  // Hadamard
     Zan32s q = kQp.div[QP];
     const __m128i s = _mm_set1_epi32(dc_scale(pScaleLevel, QP));
     if (QP >= 36) {
