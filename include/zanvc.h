@@ -232,7 +232,7 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
  * normalisation v = (10,16,13), (11,18,14), (13,20,16), (14,23,18),
  * (16,25,20), (18,29,23) for m = QP % 6 and class 0 (row and column even),
  * 1 (both odd), 2 (mixed); the flat dequantiser multiplies by
- * v(QP % 6, class) << (QP / 6).
+ * F(QP, class) = v(QP % 6, class) << (QP / 6).
  *
  * The 4x4 inverse transform is the standard's row-then-column butterfly
  * with the odd inputs halved by an arithmetic shift; it ends in
@@ -244,10 +244,10 @@ ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, 
  */
 
 /* Flat dequantisation, saturating 4x4 transform and addition to an 8-bit
- * prediction.  DC = *pDC if pDC is given, else pSrcDst[0] * v(QP % 6, 0) <<
- * (QP / 6).  AC 0: every residual is (Zan16s)(DC + 32) >> 6 and pSrcDst is
+ * prediction.  DC = *pDC if pDC is given, else pSrcDst[0] * F(QP, 0)
+ * (32 bits).  AC 0: every residual is (Zan16s)(DC + 32) >> 6 and pSrcDst is
  * neither read beyond element 0 nor written (with pDC given it may be null).
- * AC not 0: every coefficient times its flat factor (low 16 bits), element 0
+ * AC not 0: every coefficient times its F (low 16 bits), element 0
  * replaced by the low 16 bits of DC, saturating transform, residuals stored
  * to pSrcDst.  pDst = clamp(pred + residual, 0, 255).
  * Checks: pPred or pDst null -8; QP outside 0..51 -11; pSrcDst null while
@@ -257,7 +257,7 @@ ZanStatus zaniDequantTransformResidualAndAdd_H264_16s_C1I(const Zan8u* pPred, Za
                                                           Zan32s AC);
 
 /* In place, rows of the 4x4 block `step` bytes apart.  A given *pDC is
- * written to element 0 first.  DC = *pDC, or element 0 times its flat factor
+ * written to element 0 first.  DC = *pDC, or element 0 times F(QP, 0)
  * (32 bits).  AC 0: all 16 elements become (Zan16s)(DC + 32) >> 6.  AC not 0:
  * flat dequantisation (low 16 bits), element 0 = low 16 bits of DC, then the
  * wrapping 16-bit transform; the residuals are stored back.
@@ -268,11 +268,11 @@ ZanStatus zaniDequantTransformResidual_H264_16s_C1I(Zan16s* pSrcDst, Zan32s step
 /* SI/SP 4x4 block: pPredict holds the forward transform of the prediction,
  * pSrcDst the levels; on return pSrcDst holds finished samples 0..255.
  * qd = switching ? qs : qp.  For each position k (class c, A = 16, 25, 20 for
- * c = 0, 1, 2): t = pPredict[k] + ((level * A * v(qd) ) >> 6) (32-bit wrap;
+ * c = 0, 1, 2): t = pPredict[k] + ((level * A * F(qd, c)) >> 6) (32-bit wrap;
  * t = pPredict[k] alone for k > 0 when AC is 0);
- * m = (|t| * Q(qs % 6, k) + 2^(14 + qs / 6)) >> (15 + qs / 6) with the forward
- * quantisation factors Q (13107, 5243, 8066, ...); out = m * v(qs), negated
- * when t < 1, kept to 16 bits; out[0] = *pDC when pDC is given.  Then the
+ * m = (|t| * Q(qs % 6, c) + 2^(14 + qs / 6)) >> (15 + qs / 6) with the forward
+ * quantisation factors Q (13107, 5243, 8066 for m = 0, ...); out = m * F(qs, c),
+ * negated when t < 1, kept to 16 bits; out[0] = *pDC when pDC is given.  Then the
  * inverse transform (rows wrapping in 16 bits, columns in 32 bits),
  * (x + 32) >> 6 clamped to 0..255.
  * Checks: pSrcDst or pPredict null -8.  qp and qs are not checked; values
@@ -289,16 +289,16 @@ ZanStatus zaniTransformDequantLumaDC_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP);
 
 /* Chroma DC 2x2 (c0 c1 / c2 c3): f0 = c0+c1+c2+c3, f1 = c0-c1+c2-c3,
  * f2 = c0+c1-c2-c3, f3 = c0-c1-c2+c3 kept in 16 bits (wrap), then
- * (f * (v(QP % 6, 0) << (QP / 6))) >> 1, low 16 bits.
+ * (f * F(QP, 0)) >> 1, low 16 bits.
  * Checks: null -8; QP outside 0..51 -11. */
 ZanStatus zaniTransformDequantChromaDC_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP);
 
 /* SI/SP chroma DC: pDCPredict holds the four DC values of the transformed
  * prediction, pSrcDst the four levels.  h = 2x2 transform of pDCPredict in
- * 16 bits; t = h + ((level * (v(qd, 0) << 4)) >> 5); m = (|t| * 13107-row
- * factor of qs % 6 + 2^(15 + qs / 6)) >> (16 + qs / 6); v = m * v(qs, 0) with
- * the sign of t, in 16 bits; output = 2x2 transform of v (32 bits), each
- * shifted right by 1, low 16 bits.
+ * 16 bits; t = h + ((level * (F(qd, 0) << 4)) >> 5);
+ * m = (|t| * Q(qs % 6, 0) + 2^(15 + qs / 6)) >> (16 + qs / 6); w = m * F(qs, 0)
+ * with the sign of t, in 16 bits; output = 2x2 transform of w (32 bits),
+ * each shifted right by 1, low 16 bits.
  * Checks: null -8; qp and qs are not checked (as above). */
 ZanStatus zaniTransformDequantChromaDC_SISP_H264_16s_C1I(Zan16s* pSrcDst, const Zan16s* pDCPredict, Zan32s qp,
                                                          Zan32s qs, Zan32s switching);
