@@ -633,6 +633,24 @@ inline __m128i clamp32(__m128i v, __m128i maxv) {
     return _mm_or_si128(_mm_and_si128(over, maxv), _mm_andnot_si128(over, v));
 }
 
+// Sample limits for clamp_pack: the largest sample in 32-bit and, where it
+// fits (bit depths up to 15), 16-bit lanes.
+struct SampleMax {
+    __m128i v32, v16;
+    bool narrow;
+    explicit SampleMax(Zan32s bitDepth)
+        : v32(_mm_set1_epi32(max_sample(bitDepth))),
+          v16(_mm_set1_epi16(static_cast<Zan16s>(max_sample(bitDepth)))),
+          narrow(max_sample(bitDepth) <= 32767) {}
+};
+// clamp(v, 0, max) of two registers of 32-bit lanes, packed to 16 bits (the
+// low 16 bits of the clamped values).  When max fits 15 bits, a saturating
+// pack followed by a 16-bit clamp gives the same result in three steps.
+inline __m128i clamp_pack(__m128i a, __m128i b, const SampleMax& m) {
+    if (m.narrow) return _mm_min_epi16(_mm_max_epi16(_mm_packs_epi32(a, b), _mm_setzero_si128()), m.v16);
+    return pack_low16(clamp32(a, m.v32), clamp32(b, m.v32));
+}
+
 inline void transpose4x4_32(__m128i& r0, __m128i& r1, __m128i& r2, __m128i& r3) {
     __m128i t0 = _mm_unpacklo_epi32(r0, r1), t1 = _mm_unpacklo_epi32(r2, r3);
     __m128i t2 = _mm_unpackhi_epi32(r0, r1), t3 = _mm_unpackhi_epi32(r2, r3);
@@ -698,11 +716,15 @@ void add4x4_32s_simd(const Zan16u* pPred, Zan32s predStep, Zan32s* pSrcDst, cons
         Zan32s dc = pDC ? *pDC : dequant4x4(pSrcDst[0], s[0], QP);
         r[0] = r[1] = r[2] = r[3] = _mm_set1_epi32(add32(dc, 32) >> 6);
     }
-    const __m128i maxv = _mm_set1_epi32(max_sample(bitDepth)), zero = _mm_setzero_si128();
+    // The sum saturates to signed 16 bits before the clamp, so the clamp's
+    // top is at most 32767.
+    Zan32s top = max_sample(bitDepth) < 32767 ? max_sample(bitDepth) : 32767;
+    const __m128i maxv = _mm_set1_epi16(static_cast<Zan16s>(top)), zero = _mm_setzero_si128();
     for (int i = 0; i < 4; i += 2) {
         __m128i p0 = _mm_unpacklo_epi16(load8(row(pPred, predStep, i)), zero);
         __m128i p1 = _mm_unpacklo_epi16(load8(row(pPred, predStep, i + 1)), zero);
-        __m128i v = pack_low16(clamp32(_mm_add_epi32(p0, r[i]), maxv), clamp32(_mm_add_epi32(p1, r[i + 1]), maxv));
+        __m128i v = _mm_packs_epi32(_mm_add_epi32(p0, r[i]), _mm_add_epi32(p1, r[i + 1]));
+        v = _mm_min_epi16(_mm_max_epi16(v, zero), maxv);
         store8(row(pDst, dstStep, i), v);
         store8(row(pDst, dstStep, i + 1), _mm_unpackhi_epi64(v, v));
     }
@@ -892,14 +914,14 @@ void add8x8_32s_simd(const Zan16u* pPred, Zan32s predStep, const Zan32s* pSrc, Z
     stage8<VWrap32>(lo);
     stage8<VWrap32>(hi);
     const __m128i zero = _mm_setzero_si128(), k32 = _mm_set1_epi32(32);
-    const __m128i maxv = _mm_set1_epi32(max_sample(bitDepth));
+    const SampleMax maxv(bitDepth);
     for (int i = 0; i < 8; ++i) {
         __m128i pred = load16(row(pPred, predStep, i));
         __m128i pl = _mm_slli_epi32(_mm_unpacklo_epi16(pred, zero), 6);
         __m128i ph = _mm_slli_epi32(_mm_unpackhi_epi16(pred, zero), 6);
         __m128i vl = _mm_srai_epi32(_mm_add_epi32(_mm_add_epi32(lo[i], k32), pl), 6);
         __m128i vh = _mm_srai_epi32(_mm_add_epi32(_mm_add_epi32(hi[i], k32), ph), 6);
-        store16(row(pDst, dstStep, i), pack_low16(clamp32(vl, maxv), clamp32(vh, maxv)));
+        store16(row(pDst, dstStep, i), clamp_pack(vl, vh, maxv));
     }
 }
 

@@ -405,6 +405,18 @@ TEST(H264Inv, ChromaDcStages) {
     Zan16s s = 64;
     ASSERT_EQ(zaniTransformQuantInvChromaDC2x4_H264_16s_C1I(c8.data(), 33, &s), zanStsOk);
     EXPECT_EQ(c8, (std::array<Zan16s, 8>{64, -64, 64, -64, -64, 64, -64, 64}));
+    // The row sums saturate before the wrapping Hadamard: (32767, 32767) in
+    // row 0 gives 32767 (not the wrapped -2) in column 0 of every row; for
+    // row 1 the negated sum saturates on its own: (-32768, -32768) gives
+    // -32768 in rows 0 and 1 and 32767 in rows 2 and 3.
+    c8 = {32767, 32767, 0, 0, 0, 0, 0, 0};
+    s = 1;
+    ASSERT_EQ(zaniTransformQuantInvChromaDC2x4_H264_16s_C1I(c8.data(), 33, &s), zanStsOk);
+    EXPECT_EQ(c8, (std::array<Zan16s, 8>{32767, 0, 32767, 0, 32767, 0, 32767, 0}));
+    c8 = {0, 0, -32768, -32768, 0, 0, 0, 0};
+    ASSERT_EQ(zaniTransformQuantInvChromaDC2x4_H264_16s_C1I(c8.data(), 33, &s), zanStsOk);
+    EXPECT_EQ(c8, (std::array<Zan16s, 8>{-32768, 0, -32768, 0, 32767, 0, 32767, 0}));
+    s = 64;
     std::array<Zan32s, 8> c8w{};
     c8w[3] = 1;
     ASSERT_EQ(zaniTransformQuantInvChromaDC2x4_H264_32s_C1I(c8w.data(), 33, &s), zanStsOk);
