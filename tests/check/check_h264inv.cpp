@@ -278,27 +278,18 @@ TEST(CheckH264Inv, PlainInverse4x4) {
         }
 }
 
-TEST(CheckH264Inv, DcStages) {
-    Rng rng(706);
-    for (const auto& e : kernels().dc16)
+// DC stages in place: 16 values (8 used by the 4:2:2 stage), now and then
+// all at one extreme so that every sum saturates or wraps.
+template <class T, class Fn>
+void check_dc(KernelList<Fn> list, Rng& rng, Zan32s lim) {
+    for (const auto& e : list)
         for (int d = 0; d < draws(); ++d) {
             Zan32s QP = rng.range(0, e.param);
-            Guarded<Zan16s, 16> a(0x5A5A), b(0x5A5A);
-            coefficients(rng, d, QP, a.out(), 16, -32768, 32767);
-            if (d % 6 == 5)  // every sum at its extreme
-                for (int k = 0; k < 16; ++k) a.out()[k] = static_cast<Zan16s>(rng.below(4) ? (d % 12 == 5 ? 32767 : -32768) : rng.range(-32768, 32767));
-            b = a;
-            std::array<Zan16s, 1> scale;
-            const Zan16s* pScale = scale_row(rng, d / 4, scale, 29);
-            e.rule(a.out(), QP, pScale);
-            e.simd(b.out(), QP, pScale);
-            ASSERT_TRUE(a == b) << WHERE(e, d) << " QP " << QP;
-        }
-    for (const auto& e : kernels().dc32)
-        for (int d = 0; d < draws(); ++d) {
-            Zan32s QP = rng.range(0, e.param);
-            Guarded<Zan32s, 16> a(0x5A5A), b(0x5A5A);
-            coefficients(rng, d, QP, a.out(), 16, -0x7FFFFFFF, 0x7FFFFFFF);
+            Guarded<T, 16> a(0x5A5A), b(0x5A5A);
+            coefficients(rng, d, QP, a.out(), 16, -lim - 1, lim);
+            if (d % 6 == 5)
+                for (int k = 0; k < 16; ++k)
+                    a.out()[k] = static_cast<T>(rng.below(4) ? (d % 12 == 5 ? lim : -lim - 1) : draw(rng, -lim - 1, lim));
             b = a;
             std::array<Zan16s, 1> scale;
             const Zan16s* pScale = scale_row(rng, d / 4, scale, 29);
@@ -308,35 +299,37 @@ TEST(CheckH264Inv, DcStages) {
         }
 }
 
+TEST(CheckH264Inv, DcStages) {
+    Rng rng(706);
+    check_dc<Zan16s>(kernels().dc16, rng, 32767);
+    check_dc<Zan32s>(kernels().dc32, rng, 0x7FFFFFFF);
+}
+
 // ---------------------------------------------------------------- 8x8 forms
+
+// 8x8 dequantisation: every Qp6 in turn, then random ones; realistic or
+// any 16-bit scale rows.
+template <class T, class Fn>
+void check_dequant(KernelList<Fn> list, Rng& rng, Zan32s lim) {
+    for (const auto& e : list)
+        for (int d = 0; d < draws(); ++d) {
+            Zan32s n = e.param + 1, qp6 = d < 3 * n ? d % n : rng.range(0, e.param);
+            Guarded<T, 64> a(0x5A5A), b(0x5A5A);
+            Zan32s range = (d / n) % 2 ? lim : 1 << 12;
+            coefficients(rng, d / n, 6 * qp6, a.out(), 64, -range - (range == lim), range);
+            b = a;
+            std::array<Zan16s, 64> scale;
+            const Zan16s* sc = scale_row(rng, 1 + (d / 7) % 2, scale, 58);
+            e.rule(a.out(), qp6, sc);
+            e.simd(b.out(), qp6, sc);
+            ASSERT_TRUE(a == b) << WHERE(e, d) << " Qp6 " << qp6;
+        }
+}
 
 TEST(CheckH264Inv, Dequant8x8) {
     Rng rng(707);
-    for (const auto& e : kernels().dequant16)
-        for (int d = 0; d < draws(); ++d) {
-            Zan32s qp6 = d % 10 < e.param + 1 ? d % 10 : rng.range(0, e.param);
-            Guarded<Zan16s, 64> a(0x5A5A), b(0x5A5A);
-            coefficients(rng, d / 10, 6 * qp6, a.out(), 64, -32768, 32767);
-            b = a;
-            std::array<Zan16s, 64> scale;
-            const Zan16s* s = scale_row(rng, 1 + (d / 7) % 2, scale, 58);
-            e.rule(a.out(), qp6, s);
-            e.simd(b.out(), qp6, s);
-            ASSERT_TRUE(a == b) << WHERE(e, d) << " Qp6 " << qp6;
-        }
-    for (const auto& e : kernels().dequant32)
-        for (int d = 0; d < draws(); ++d) {
-            Zan32s qp6 = d % 15 <= e.param ? d % 15 : rng.range(0, e.param);
-            Guarded<Zan32s, 64> a(0x5A5A), b(0x5A5A);
-            Zan32s lim = (d / 15) % 2 ? 0x7FFFFFFF : 1 << 18;
-            coefficients(rng, d / 15, 6 * qp6, a.out(), 64, -lim, lim);
-            b = a;
-            std::array<Zan16s, 64> scale;
-            const Zan16s* s = scale_row(rng, 1 + (d / 7) % 2, scale, 58);
-            e.rule(a.out(), qp6, s);
-            e.simd(b.out(), qp6, s);
-            ASSERT_TRUE(a == b) << WHERE(e, d) << " Qp6 " << qp6;
-        }
+    check_dequant<Zan16s>(kernels().dequant16, rng, 32767);
+    check_dequant<Zan32s>(kernels().dequant32, rng, 0x7FFFFFFF);
 }
 
 TEST(CheckH264Inv, Inverse8x8AddToPrediction) {
