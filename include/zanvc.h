@@ -342,7 +342,8 @@ ZanStatus zaniTransformQuantInvChromaDC2x4_H264_32s_C1I(Zan32s* pSrcDst, Zan32s 
  * added to every prediction sample; pSrcDst not written.
  * 16s: dequantised values saturate to 16 bits (AC set only), saturating
  * transform, r kept to 16 bits, clamp to 0..255.  32s: all in 32 bits with
- * wrap-around, clamp to 0..(1 << bitDepth) - 1.
+ * wrap-around (r too); pred + residual saturates to signed 16 bits and is
+ * clamped to 0..(1 << bitDepth) - 1.
  * Checks 16s: pPred, pDst or pSrcDst null -8; QP outside 0..51 -11.
  * Checks 32s: pPred, pSrcDst or pDst null -8; QP outside 0..87 or bitDepth
  * outside 9..14 -11. */
