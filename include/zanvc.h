@@ -906,6 +906,169 @@ ZanStatus zaniPutNonIntraBlock(Zan32u** ppBitStream, Zan32s* pBitOffset, const Z
 
 /* ==== h264inv: H.264 inverse transforms and dequantisation ==== */
 
+/* Common rules of this group.
+ *
+ * Coefficient blocks are in raster order (row after row), contiguous unless
+ * a step is given.  Steps are in bytes, are never checked except where a
+ * comment says so, and may be zero or negative.  QP and Qp6 are tested as
+ * unsigned values, so a negative one is out of range.  pDC and pScaleLevel
+ * are optional (null allowed).  A DC value passed through pDC is already
+ * dequantised and is used as it stands.  Nothing is read or written beyond
+ * the blocks named.
+ *
+ * Flat tables built in: LevelScale4x4(m, k) = 16 * v(m, class(k)) with the
+ * normalisation v = (10,16,13), (11,18,14), (13,20,16), (14,23,18),
+ * (16,25,20), (18,29,23) for m = QP % 6 and class 0 (row and column even),
+ * 1 (both odd), 2 (mixed); the flat dequantiser multiplies by
+ * F(QP, class) = v(QP % 6, class) << (QP / 6).
+ *
+ * The 4x4 inverse transform is the standard's row-then-column butterfly
+ * with the odd inputs halved by an arithmetic shift; it ends in
+ * (x + 32) >> 6.  "Saturating transform" below: every addition and
+ * subtraction saturates to signed 16 bits, and the 32 is added (saturating)
+ * to the two even terms of the column stage before the last butterfly.
+ * "Wrapping 16-bit transform": every intermediate, x + 32 included, keeps its
+ * low 16 bits.  The 32s forms wrap in 32 bits.
+ */
+
+/* Flat dequantisation, saturating 4x4 transform and addition to an 8-bit
+ * prediction.  DC = *pDC if pDC is given, else pSrcDst[0] * F(QP, 0)
+ * (32 bits).  AC 0: every residual is (Zan16s)(DC + 32) >> 6 and pSrcDst is
+ * neither read beyond element 0 nor written (with pDC given it may be null).
+ * AC not 0: every coefficient times its F (low 16 bits), element 0
+ * replaced by the low 16 bits of DC, saturating transform, residuals stored
+ * to pSrcDst.  pDst = clamp(pred + residual, 0, 255).
+ * Checks: pPred or pDst null -8; QP outside 0..51 -11; pSrcDst null while
+ * pDC is null or AC is not 0: -8. */
+ZanStatus zaniDequantTransformResidualAndAdd_H264_16s_C1I(const Zan8u* pPred, Zan16s* pSrcDst, const Zan16s* pDC,
+                                                          Zan8u* pDst, Zan32s predStep, Zan32s dstStep, Zan32s QP,
+                                                          Zan32s AC);
+
+/* In place, rows of the 4x4 block `step` bytes apart.  A given *pDC is
+ * written to element 0 first.  DC = *pDC, or element 0 times F(QP, 0)
+ * (32 bits).  AC 0: all 16 elements become (Zan16s)(DC + 32) >> 6.  AC not 0:
+ * flat dequantisation (low 16 bits), element 0 = low 16 bits of DC, then the
+ * wrapping 16-bit transform; the residuals are stored back.
+ * Checks: pSrcDst null -8; QP outside 0..51 -11; step below 8 -14. */
+ZanStatus zaniDequantTransformResidual_H264_16s_C1I(Zan16s* pSrcDst, Zan32s step, const Zan16s* pDC, Zan32s AC,
+                                                    Zan32s QP);
+
+/* SI/SP 4x4 block: pPredict holds the forward transform of the prediction,
+ * pSrcDst the levels; on return pSrcDst holds finished samples 0..255.
+ * qd = switching ? qs : qp.  For each position k (class c, A = 16, 25, 20 for
+ * c = 0, 1, 2): t = pPredict[k] + ((level * A * F(qd, c)) >> 6) (32-bit wrap;
+ * t = pPredict[k] alone for k > 0 when AC is 0);
+ * m = (|t| * Q(qs % 6, c) + 2^(14 + qs / 6)) >> (15 + qs / 6) with the forward
+ * quantisation factors Q (13107, 5243, 8066 for m = 0, ...); out = m * F(qs, c),
+ * negated when t < 1, kept to 16 bits; out[0] = *pDC when pDC is given.  Then the
+ * inverse transform (rows wrapping in 16 bits, columns in 32 bits),
+ * (x + 32) >> 6 clamped to 0..255.
+ * Checks: pSrcDst or pPredict null -8.  qp and qs are not checked; values
+ * outside 0..51 give undefined (but memory-safe) results. */
+ZanStatus zaniDequantTransformResidual_SISP_H264_16s_C1I(Zan16s* pSrcDst, const Zan16s* pPredict, const Zan16s* pDC,
+                                                         Zan32s AC, Zan32s qp, Zan32s qs, Zan32s switching);
+
+/* Luma DC of an Intra 16x16 macroblock, 16 values in raster order of the
+ * blocks: 4x4 Hadamard in 32 bits, then (f * s + r) >> r with
+ * s = v(QP % 6, 0) for QP < 18, v(QP % 6, 0) << (QP / 6 - 2) above, and r = 2
+ * for QP 0..5, 1 for 6..11, 0 from 12; the low 16 bits are kept.
+ * Checks: null -8; QP outside 0..51 -11. */
+ZanStatus zaniTransformDequantLumaDC_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP);
+
+/* Chroma DC 2x2 (c0 c1 / c2 c3): f0 = c0+c1+c2+c3, f1 = c0-c1+c2-c3,
+ * f2 = c0+c1-c2-c3, f3 = c0-c1-c2+c3 kept in 16 bits (wrap), then
+ * (f * F(QP, 0)) >> 1, low 16 bits.
+ * Checks: null -8; QP outside 0..51 -11. */
+ZanStatus zaniTransformDequantChromaDC_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP);
+
+/* SI/SP chroma DC: pDCPredict holds the four DC values of the transformed
+ * prediction, pSrcDst the four levels.  h = 2x2 transform of pDCPredict in
+ * 16 bits; t = h + ((level * (F(qd, 0) << 4)) >> 5);
+ * m = (|t| * Q(qs % 6, 0) + 2^(15 + qs / 6)) >> (16 + qs / 6); w = m * F(qs, 0)
+ * with the sign of t, in 16 bits; output = 2x2 transform of w (32 bits),
+ * each shifted right by 1, low 16 bits.
+ * Checks: null -8; qp and qs are not checked (as above). */
+ZanStatus zaniTransformDequantChromaDC_SISP_H264_16s_C1I(Zan16s* pSrcDst, const Zan16s* pDCPredict, Zan32s qp,
+                                                         Zan32s qs, Zan32s switching);
+
+/* Luma DC with a level scale: s = *pScaleLevel, or 16 * v(QP % 6, 0) when
+ * pScaleLevel is null; q = QP / 6.  Hadamard (16s: each addition saturates
+ * to 16 bits, rows then columns; 32s: wraps), then for QP >= 36
+ * (f * s) << (q - 6) (16s: in 16 bits, wrapping), else
+ * (f * s + 2^(5 - q)) >> (6 - q) (16s: saturated to 16 bits).
+ * Checks: null -8; QP outside 0..51 (16s) or 0..87 (32s) -11. */
+ZanStatus zaniTransformQuantInvLumaDC4x4_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pScaleLevel);
+ZanStatus zaniTransformQuantInvLumaDC4x4_H264_32s_C1I(Zan32s* pSrcDst, Zan32s QP, const Zan16s* pScaleLevel);
+
+/* Chroma DC 2x2 with a level scale (s as for luma DC; f as in
+ * zaniTransformDequantChromaDC_H264_16s_C1I but exact in 32 bits):
+ * q < 5: (f * s) >> (5 - q), low 16 bits (16s); q >= 5: (f * s) << (q - 5),
+ * saturated to 16 bits in the 16s form.  The 32s form wraps in 32 bits.
+ * Checks: null -8; QP outside 0..39 (16s) or 0..75 (32s) -11. */
+ZanStatus zaniTransformQuantInvChromaDC2x2_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pScaleLevel);
+ZanStatus zaniTransformQuantInvChromaDC2x2_H264_32s_C1I(Zan32s* pSrcDst, Zan32s QP, const Zan16s* pScaleLevel);
+
+/* Chroma DC of 4:2:2, 8 values in raster order of four rows by two columns,
+ * transformed by the 4-point Hadamard down the rows and the 2-point one
+ * across.  QP' = QP + 3, q = QP' / 6, s = *pScaleLevel or 16 * v(QP' % 6, 0).
+ * q >= 6: (f * s) << (q - 6); else (f * s + 2^(5 - q)) >> (6 - q).
+ * 16s form: the row sums and differences c0 +- c1 of each row (and their
+ * negations for rows 1 and 3) saturate to 16 bits, the rest of the transform
+ * wraps in 16 bits; the left-shift branch multiplies and shifts in 16 bits,
+ * the rounding branch saturates to 16 bits.  32s form: wraps in 32 bits.
+ * Checks: null -8; QP outside 0..39 (16s) or 0..75 (32s) -11. */
+ZanStatus zaniTransformQuantInvChromaDC2x4_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP, const Zan16s* pScaleLevel);
+ZanStatus zaniTransformQuantInvChromaDC2x4_H264_32s_C1I(Zan32s* pSrcDst, Zan32s QP, const Zan16s* pScaleLevel);
+
+/* 4x4 dequantisation with a level scale, inverse transform and addition to
+ * the prediction.  scale = pScaleLevel (16 entries) or the flat
+ * LevelScale4x4 row of QP % 6; q = QP / 6.  Only bit 0 of AC counts.
+ * AC set: p = c * scale (32 bits); QP < 24: (p + 2^(3 - q)) >> (4 - q),
+ * else p << (q - 4); element 0 replaced by *pDC if given; residuals stored
+ * to pSrcDst, then pDst = clamp(pred + residual).
+ * AC clear: DC = *pDC, or element 0 dequantised as above; r = (DC + 32) >> 6
+ * added to every prediction sample; pSrcDst not written.
+ * 16s: dequantised values saturate to 16 bits (AC set only), saturating
+ * transform, r kept to 16 bits, clamp to 0..255.  32s: all in 32 bits with
+ * wrap-around (r too); pred + residual saturates to signed 16 bits and is
+ * clamped to 0..(1 << bitDepth) - 1.
+ * Checks 16s: pPred, pDst or pSrcDst null -8; QP outside 0..51 -11.
+ * Checks 32s: pPred, pSrcDst or pDst null -8; QP outside 0..87 or bitDepth
+ * outside 9..14 -11. */
+ZanStatus zaniTransformQuantInvAddPred4x4_H264_16s_C1IR(const Zan8u* pPred, Zan32s predStep, Zan16s* pSrcDst,
+                                                        const Zan16s* pDC, Zan8u* pDst, Zan32s dstStep, Zan32s QP,
+                                                        Zan32s AC, const Zan16s* pScaleLevel);
+ZanStatus zaniTransformQuantInvAddPred4x4_H264_32s_C1IR(const Zan16u* pPred, Zan32s predStep, Zan32s* pSrcDst,
+                                                        const Zan32s* pDC, Zan16u* pDst, Zan32s dstStep, Zan32s QP,
+                                                        Zan32s AC, Zan32s bitDepth, const Zan16s* pScaleLevel);
+
+/* 4x4 inverse transform of 16 coefficients into 16 residuals: saturating
+ * transform (16s), wrapping 32-bit transform (32s).  Checks: null -8. */
+ZanStatus zaniTransformResidual4x4Inv_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst);
+ZanStatus zaniTransformResidual4x4Inv_H264_32s_C1(const Zan32s* pSrc, Zan32s* pDst);
+
+/* 8x8 dequantisation in place: pInvLevelScale is the 64-entry row for
+ * QP % 6 and Qp6 = QP / 6.  Qp6 >= 6: (c * s) << (Qp6 - 6) (16s: product and
+ * shift in 16 bits, wrapping); Qp6 < 6: (c * s + 2^(5 - Qp6)) >> (6 - Qp6)
+ * (16s: saturated to 16 bits).  The 32s form wraps in 32 bits.
+ * Checks: either pointer null -8; Qp6 outside 0..8 (16s) or 0..14 (32s)
+ * zanStsQpBad (-192). */
+ZanStatus zaniQuantLuma8x8Inv_H264_16s_C1I(Zan16s* pSrcDst, Zan32s Qp6, const Zan16s* pInvLevelScale);
+ZanStatus zaniQuantInvLuma8x8_H264_32s_C1I(Zan32s* pSrcDst, Zan32s Qp6, const Zan16s* pInvLevelScale);
+
+/* 8x8 inverse transform of the standard (rows, then columns) added to the
+ * prediction; pSrc (64 coefficients) is only read.  16s8u: every addition
+ * and subtraction saturates to 16 bits (multi-term sums left to right), the
+ * column stage's output x gives clamp((sat16(pred * 64 + 32 + x)) >> 6, 0,
+ * 255).  32s16u: wraps in 32 bits, (x + 32 + (pred << 6)) >> 6 clamped to
+ * 0..(1 << bitDepth) - 1 and stored as its low 16 bits; bitDepth is not
+ * checked (the shift count is taken modulo 32).  Steps in bytes.
+ * Checks: any pointer null -8. */
+ZanStatus zaniTransformLuma8x8InvAddPred_H264_16s8u_C1R(const Zan8u* pPred, Zan32s predStep, const Zan16s* pSrc,
+                                                        Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Zan16u* pPred, Zan32s predStep, const Zan32s* pSrc,
+                                                         Zan16u* pDst, Zan32s dstStep, Zan32s bitDepth);
+
 /* ==== end of h264inv ==== */
 
 /* ==== h264intra: H.264 intra prediction ==== */
