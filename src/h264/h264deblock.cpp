@@ -298,79 +298,99 @@ inline __m128i delta_of(__m128i p1, __m128i p0, __m128i q0, __m128i q1, __m128i 
 }
 
 // Luma line filter on every lane.  Clamp: clamp p0 and q0 of the normal path
-// to 0..maxv here (the 8-bit kernels leave it to the saturating pack).
+// to 0..maxv here (the 8-bit kernels leave it to the saturating pack).  A
+// path no lane takes is not computed.
 template <class W, bool Clamp>
 inline void luma_lanes(__m128i p3, __m128i& p2, __m128i& p1, __m128i& p0, __m128i& q0, __m128i& q1, __m128i& q2,
                        __m128i q3, const Params& pr) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i ad = absd<W>(p0, q0);
     const __m128i pass = pass_mask<W>(p1, p0, q0, q1, pr, ad);
-    const __m128i nm = _mm_and_si128(pass, pr.normal), sm = _mm_and_si128(pass, pr.strong);
     const __m128i ap = W::gt(pr.beta, absd<W>(p2, p0)), aq = W::gt(pr.beta, absd<W>(q2, q0));
+    __m128i o2 = p2, o1 = p1, o0 = p0, r0 = q0, r1 = q1, r2 = q2;
 
-    // Normal path.
-    const __m128i tc = W::sub(W::sub(pr.tc0, ap), aq);
-    const __m128i d = delta_of<W>(p1, p0, q0, q1, tc);
-    __m128i np0 = W::add(p0, d), nq0 = W::sub(q0, d);
-    if constexpr (Clamp) {
-        np0 = clip<W>(np0, zero, pr.maxv);
-        nq0 = clip<W>(nq0, zero, pr.maxv);
+    if (_mm_movemask_epi8(pr.normal)) {
+        const __m128i nm = _mm_and_si128(pass, pr.normal);
+        const __m128i tc = W::sub(W::sub(pr.tc0, ap), aq);
+        const __m128i d = delta_of<W>(p1, p0, q0, q1, tc);
+        __m128i np0 = W::add(p0, d), nq0 = W::sub(q0, d);
+        if constexpr (Clamp) {
+            np0 = clip<W>(np0, zero, pr.maxv);
+            nq0 = clip<W>(nq0, zero, pr.maxv);
+        }
+        const __m128i avg = W::template sra<1>(W::add(W::add(p0, q0), W::set1(1)));
+        const __m128i ntc0 = W::sub(zero, pr.tc0);
+        const __m128i dp1 =
+            clip<W>(W::template sra<1>(W::sub(W::add(p2, avg), W::template sll<1>(p1))), ntc0, pr.tc0);
+        const __m128i dq1 =
+            clip<W>(W::template sra<1>(W::sub(W::add(q2, avg), W::template sll<1>(q1))), ntc0, pr.tc0);
+        o0 = sel(nm, np0, o0);
+        r0 = sel(nm, nq0, r0);
+        o1 = W::add(o1, _mm_and_si128(dp1, _mm_and_si128(ap, nm)));
+        r1 = W::add(r1, _mm_and_si128(dq1, _mm_and_si128(aq, nm)));
     }
-    const __m128i avg = W::template sra<1>(W::add(W::add(p0, q0), W::set1(1)));
-    const __m128i ntc0 = W::sub(zero, pr.tc0);
-    const __m128i dp1 = clip<W>(W::template sra<1>(W::sub(W::add(p2, avg), W::template sll<1>(p1))), ntc0, pr.tc0);
-    const __m128i dq1 = clip<W>(W::template sra<1>(W::sub(W::add(q2, avg), W::template sll<1>(q1))), ntc0, pr.tc0);
-    const __m128i np1 = W::add(p1, _mm_and_si128(dp1, ap)), nq1 = W::add(q1, _mm_and_si128(dq1, aq));
 
-    // Strong path.
-    const __m128i near = W::gt(W::add(W::template sra<2>(pr.alpha), W::set1(2)), ad);
-    const __m128i pl = _mm_and_si128(_mm_and_si128(ap, near), sm), ql = _mm_and_si128(_mm_and_si128(aq, near), sm);
-    const __m128i two = W::set1(2), four = W::set1(4);
-    const __m128i pq = W::add(p0, q0);                       // p0 + q0
-    const __m128i p1pq = W::add(p1, pq), q1pq = W::add(q1, pq);  // p1 + p0 + q0, q1 + p0 + q0
-    const __m128i sp1 = W::template sra<2>(W::add(W::add(p2, p1pq), two));
-    const __m128i sq1 = W::template sra<2>(W::add(W::add(q2, q1pq), two));
-    // p2 + 2 p1 + 2 p0 + 2 q0 + q1 + 4 = p2 + 2 (p1 + p0 + q0) + q1 + 4
-    const __m128i sp0 = W::template sra<3>(W::add(W::add(p2, W::template sll<1>(p1pq)), W::add(q1, four)));
-    const __m128i sq0 = W::template sra<3>(W::add(W::add(q2, W::template sll<1>(q1pq)), W::add(p1, four)));
-    // 2 p3 + 3 p2 + p1 + p0 + q0 + 4
-    const __m128i sp2 =
-        W::template sra<3>(W::add(W::add(W::template sll<1>(W::add(p3, p2)), p2), W::add(p1pq, four)));
-    const __m128i sq2 =
-        W::template sra<3>(W::add(W::add(W::template sll<1>(W::add(q3, q2)), q2), W::add(q1pq, four)));
-    const __m128i wp0 = W::template sra<2>(W::add(W::add(W::template sll<1>(p1), p0), W::add(q1, two)));
-    const __m128i wq0 = W::template sra<2>(W::add(W::add(W::template sll<1>(q1), q0), W::add(p1, two)));
-
-    const __m128i sp0all = sel(pl, sp0, wp0), sq0all = sel(ql, sq0, wq0);
-    const __m128i np0s = sel(nm, np0, sel(sm, sp0all, p0));
-    const __m128i nq0s = sel(nm, nq0, sel(sm, sq0all, q0));
-    const __m128i np1s = sel(nm, np1, sel(pl, sp1, p1));
-    const __m128i nq1s = sel(nm, nq1, sel(ql, sq1, q1));
-    p2 = sel(pl, sp2, p2);
-    q2 = sel(ql, sq2, q2);
-    p0 = np0s;
-    q0 = nq0s;
-    p1 = np1s;
-    q1 = nq1s;
+    if (_mm_movemask_epi8(pr.strong)) {
+        const __m128i sm = _mm_and_si128(pass, pr.strong);
+        const __m128i near = W::gt(W::add(W::template sra<2>(pr.alpha), W::set1(2)), ad);
+        const __m128i pl = _mm_and_si128(_mm_and_si128(ap, near), sm);
+        const __m128i ql = _mm_and_si128(_mm_and_si128(aq, near), sm);
+        const __m128i two = W::set1(2), four = W::set1(4);
+        const __m128i pq = W::add(p0, q0);
+        const __m128i p1pq = W::add(p1, pq), q1pq = W::add(q1, pq);  // p1 + p0 + q0, q1 + p0 + q0
+        const __m128i sp1 = W::template sra<2>(W::add(W::add(p2, p1pq), two));
+        const __m128i sq1 = W::template sra<2>(W::add(W::add(q2, q1pq), two));
+        // p2 + 2 p1 + 2 p0 + 2 q0 + q1 + 4 = p2 + 2 (p1 + p0 + q0) + q1 + 4
+        const __m128i sp0 = W::template sra<3>(W::add(W::add(p2, W::template sll<1>(p1pq)), W::add(q1, four)));
+        const __m128i sq0 = W::template sra<3>(W::add(W::add(q2, W::template sll<1>(q1pq)), W::add(p1, four)));
+        // 2 p3 + 3 p2 + p1 + p0 + q0 + 4
+        const __m128i sp2 =
+            W::template sra<3>(W::add(W::add(W::template sll<1>(W::add(p3, p2)), p2), W::add(p1pq, four)));
+        const __m128i sq2 =
+            W::template sra<3>(W::add(W::add(W::template sll<1>(W::add(q3, q2)), q2), W::add(q1pq, four)));
+        const __m128i wp0 = W::template sra<2>(W::add(W::add(W::template sll<1>(p1), p0), W::add(q1, two)));
+        const __m128i wq0 = W::template sra<2>(W::add(W::add(W::template sll<1>(q1), q0), W::add(p1, two)));
+        o0 = sel(sm, sel(pl, sp0, wp0), o0);
+        r0 = sel(sm, sel(ql, sq0, wq0), r0);
+        o1 = sel(pl, sp1, o1);
+        r1 = sel(ql, sq1, r1);
+        o2 = sel(pl, sp2, o2);
+        r2 = sel(ql, sq2, r2);
+    }
+    p2 = o2;
+    p1 = o1;
+    p0 = o0;
+    q0 = r0;
+    q1 = r1;
+    q2 = r2;
 }
 
 // Chroma line filter on every lane: only p0 and q0 change.
 template <class W, bool Clamp>
 inline void chroma_lanes(__m128i p1, __m128i& p0, __m128i& q0, __m128i q1, const Params& pr) {
     const __m128i zero = _mm_setzero_si128(), two = W::set1(2);
-    const __m128i ad = absd<W>(p0, q0);
-    const __m128i pass = pass_mask<W>(p1, p0, q0, q1, pr, ad);
-    const __m128i nm = _mm_and_si128(pass, pr.normal), sm = _mm_and_si128(pass, pr.strong);
-    const __m128i d = delta_of<W>(p1, p0, q0, q1, W::add(pr.tc0, W::set1(1)));
-    __m128i np0 = W::add(p0, d), nq0 = W::sub(q0, d);
-    if constexpr (Clamp) {
-        np0 = clip<W>(np0, zero, pr.maxv);
-        nq0 = clip<W>(nq0, zero, pr.maxv);
+    const __m128i pass = pass_mask<W>(p1, p0, q0, q1, pr, absd<W>(p0, q0));
+    __m128i o0 = p0, r0 = q0;
+    if (_mm_movemask_epi8(pr.normal)) {
+        const __m128i nm = _mm_and_si128(pass, pr.normal);
+        const __m128i d = delta_of<W>(p1, p0, q0, q1, W::add(pr.tc0, W::set1(1)));
+        __m128i np0 = W::add(p0, d), nq0 = W::sub(q0, d);
+        if constexpr (Clamp) {
+            np0 = clip<W>(np0, zero, pr.maxv);
+            nq0 = clip<W>(nq0, zero, pr.maxv);
+        }
+        o0 = sel(nm, np0, o0);
+        r0 = sel(nm, nq0, r0);
     }
-    const __m128i sp0 = W::template sra<2>(W::add(W::add(W::template sll<1>(p1), p0), W::add(q1, two)));
-    const __m128i sq0 = W::template sra<2>(W::add(W::add(W::template sll<1>(q1), q0), W::add(p1, two)));
-    p0 = sel(nm, np0, sel(sm, sp0, p0));
-    q0 = sel(nm, nq0, sel(sm, sq0, q0));
+    if (_mm_movemask_epi8(pr.strong)) {
+        const __m128i sm = _mm_and_si128(pass, pr.strong);
+        const __m128i sp0 = W::template sra<2>(W::add(W::add(W::template sll<1>(p1), p0), W::add(q1, two)));
+        const __m128i sq0 = W::template sra<2>(W::add(W::add(W::template sll<1>(q1), q0), W::add(p1, two)));
+        o0 = sel(sm, sp0, o0);
+        r0 = sel(sm, sq0, r0);
+    }
+    p0 = o0;
+    q0 = r0;
 }
 
 // ---- lane values from bytes (16-bit lanes)
