@@ -440,7 +440,7 @@ inline Params params16(Zan32s alpha, Zan32s beta) {
 
 // ---- 8-bit loads and stores
 
-inline void store_hi8(void* p, __m128i v) { _mm_storeh_pd(static_cast<double*>(p), _mm_castsi128_pd(v)); }
+inline void store_hi8(void* p, __m128i v) { simd::store8(p, _mm_unpackhi_epi64(v, v)); }
 
 // Columns of an 8x8 byte block from four vectors of row pairs (a[k]: rows 2k
 // and 2k+1 interleaved byte by byte).  Returns x[k] = column 2k | column 2k+1.
