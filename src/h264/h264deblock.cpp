@@ -548,7 +548,7 @@ inline void luma8_hor_group(Zan8u* q, ptrdiff_t st, const Params& pr) {
 }
 
 // Each half of a luma edge (8 lines) by its pair of bS: both 4 strong,
-// otherwise normal on the segments with a non-zero bS.
+// otherwise normal on the segments with a non-zero bS; all in 16-bit lanes.
 template <bool V>
 void luma8_simd(Zan8u* p, Zan32s step, const Zan8u* pA, const Zan8u* pB, const Zan8u* pT, const Zan8u* pBS) {
     const ptrdiff_t st = step;
@@ -565,6 +565,154 @@ void luma8_simd(Zan8u* p, Zan32s step, const Zan8u* pA, const Zan8u* pB, const Z
                 luma8_ver_group(p + 8 * h * st + 4 * e, st, pr);
             else
                 luma8_hor_group(p + 4 * e * st + 8 * h, st, pr);
+        }
+    }
+}
+
+// ---- 8-bit luma on 16 lines in bytes
+//
+// The normal path of a whole luma edge runs on 16 byte lanes with averages
+// and saturating arithmetic, exact for tc0 up to 125 (tc then fits a signed
+// byte); with larger tc0, and on the halves that go the strong way, the
+// 16-bit lanes above do the work.
+
+inline __m128i absdiff_u8(__m128i a, __m128i b) { return _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a)); }
+// Lanes where a < t: t - a saturates to zero exactly when a >= t.
+inline __m128i below_u8(__m128i a, __m128i t) {
+    return _mm_andnot_si128(_mm_cmpeq_epi8(_mm_subs_epu8(t, a), _mm_setzero_si128()), ones());
+}
+// floor((a + b) / 2).
+inline __m128i avg_down_u8(__m128i a, __m128i b) {
+    return _mm_sub_epi8(_mm_avg_epu8(a, b), _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi8(1)));
+}
+
+// The normal luma path on 16 lanes (nm: lanes that pass and take it).
+//   delta = floor((4 d + e + 4) / 8), d = q0 - p0, e = p1 - q1,
+//         = floor(d / 2) + floor(((d & 1) + floor(e / 4) + 1) / 2),
+// held as delta + 128 saturated to a byte, then split into its positive and
+// negative parts and clipped to tc.  p1 moves to floor((p2 + avg(p0, q0)) / 2)
+// by at most tc0.
+inline void luma_normal_u8(__m128i p2, __m128i& p1, __m128i& p0, __m128i& q0, __m128i& q1, __m128i q2, __m128i nm,
+                           __m128i ap, __m128i aq, __m128i tc0) {
+    const __m128i k80 = _mm_set1_epi8(static_cast<char>(0x80)), k32 = _mm_set1_epi8(32), one = _mm_set1_epi8(1);
+    const __m128i tc = _mm_sub_epi8(_mm_sub_epi8(tc0, ap), aq);
+    const __m128i half = _mm_avg_epu8(q0, _mm_xor_si128(p0, ones()));       // floor(d / 2) + 128
+    const __m128i e2 = _mm_avg_epu8(p1, _mm_xor_si128(q1, ones()));         // floor(e / 2) + 128
+    const __m128i e4 = _mm_and_si128(_mm_srli_epi16(e2, 1), _mm_set1_epi8(0x7F));  // floor(e / 4) + 64
+    const __m128i k = _mm_avg_epu8(e4, _mm_and_si128(_mm_xor_si128(q0, p0), one));  // second term + 32
+    const __m128i biased = _mm_subs_epu8(_mm_adds_epu8(half, _mm_subs_epu8(k, k32)), _mm_subs_epu8(k32, k));
+    const __m128i pos = _mm_and_si128(_mm_min_epu8(_mm_subs_epu8(biased, k80), tc), nm);
+    const __m128i neg = _mm_and_si128(_mm_min_epu8(_mm_subs_epu8(k80, biased), tc), nm);
+    const __m128i m = _mm_avg_epu8(p0, q0);
+    const __m128i np1 = _mm_min_epu8(_mm_max_epu8(avg_down_u8(p2, m), _mm_subs_epu8(p1, tc0)), _mm_adds_epu8(p1, tc0));
+    const __m128i nq1 = _mm_min_epu8(_mm_max_epu8(avg_down_u8(q2, m), _mm_subs_epu8(q1, tc0)), _mm_adds_epu8(q1, tc0));
+    p1 = sel(_mm_and_si128(nm, ap), np1, p1);
+    q1 = sel(_mm_and_si128(nm, aq), nq1, q1);
+    p0 = _mm_subs_epu8(_mm_adds_epu8(p0, pos), neg);
+    q0 = _mm_subs_epu8(_mm_adds_epu8(q0, neg), pos);
+}
+
+// Half h (lanes 8h..8h+7) of v[0..7] = p3..q3 through the 16-bit lanes.
+inline void luma_half_w16(__m128i v[8], int h, const Params& pr) {
+    const __m128i z = _mm_setzero_si128();
+    __m128i w[8];
+    for (int k = 0; k < 8; ++k) w[k] = h ? _mm_unpackhi_epi8(v[k], z) : _mm_unpacklo_epi8(v[k], z);
+    luma_lanes<W16, false>(w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7], pr);
+    for (int k = 1; k < 7; ++k) {
+        const __m128i b = _mm_packus_epi16(w[k], w[k]);
+        v[k] = h ? _mm_unpacklo_epi64(v[k], b) : _mm_castpd_si128(_mm_move_sd(_mm_castsi128_pd(v[k]), _mm_castsi128_pd(b)));
+    }
+}
+
+// One luma edge of 16 lines, v[0..7] = p3..q3, bs and tc the edge's four.
+inline void luma_edge_u8(__m128i v[8], Zan8u alpha, Zan8u beta, const Zan8u* bs, const Zan8u* tc) {
+    const bool strong0 = bs[0] == 4 && bs[1] == 4, strong1 = bs[2] == 4 && bs[3] == 4;
+    __m128i b = simd::load4(bs);
+    b = _mm_unpacklo_epi8(b, b);
+    b = _mm_unpacklo_epi16(b, b);
+    __m128i t = simd::load4(tc);
+    t = _mm_unpacklo_epi8(t, t);
+    t = _mm_unpacklo_epi16(t, t);
+    const __m128i strong = _mm_set_epi64x(strong1 ? -1 : 0, strong0 ? -1 : 0);
+    const __m128i normal = _mm_andnot_si128(_mm_or_si128(strong, _mm_cmpeq_epi8(b, _mm_setzero_si128())), ones());
+    const bool wideTc = _mm_movemask_epi8(_mm_andnot_si128(_mm_cmpeq_epi8(_mm_subs_epu8(t, _mm_set1_epi8(125)),
+                                                                          _mm_setzero_si128()),
+                                                           normal)) != 0;
+    if (_mm_movemask_epi8(normal) && !wideTc) {
+        const __m128i va = _mm_set1_epi8(static_cast<char>(alpha)), vb = _mm_set1_epi8(static_cast<char>(beta));
+        const __m128i p2 = v[1], p0 = v[3], q0 = v[4], q2 = v[6];
+        const __m128i fail = _mm_cmpeq_epi8(
+            _mm_min_epu8(_mm_min_epu8(_mm_subs_epu8(va, absdiff_u8(p0, q0)), _mm_subs_epu8(vb, absdiff_u8(v[2], p0))),
+                         _mm_subs_epu8(vb, absdiff_u8(v[5], q0))),
+            _mm_setzero_si128());
+        const __m128i nm = _mm_andnot_si128(fail, normal);
+        luma_normal_u8(p2, v[2], v[3], v[4], v[5], q2, nm, below_u8(absdiff_u8(p2, p0), vb),
+                       below_u8(absdiff_u8(q2, q0), vb), t);
+    }
+    for (int h = 0; h < 2; ++h) {
+        const bool s = h ? strong1 : strong0;
+        if (!s && !wideTc) continue;
+        if (bs[2 * h] == 0 && bs[2 * h + 1] == 0) continue;
+        Params pr = params16(alpha, beta);
+        group_masks<W16>(pr, s, expand4(bs + 2 * h));
+        pr.tc0 = expand4(tc + 2 * h);
+        luma_half_w16(v, h, pr);
+    }
+}
+
+// 16 rows of 8 bytes at p -> 8 columns of 16 bytes (lane = row), and back.
+inline void load_cols16(const Zan8u* p, ptrdiff_t st, __m128i c[8]) {
+    using simd::load8;
+    __m128i a[4], b[4];
+    const Zan8u* r = p;
+    transpose_pairs(_mm_unpacklo_epi8(load8(r), load8(r + st)), _mm_unpacklo_epi8(load8(r + 2 * st), load8(r + 3 * st)),
+                    _mm_unpacklo_epi8(load8(r + 4 * st), load8(r + 5 * st)),
+                    _mm_unpacklo_epi8(load8(r + 6 * st), load8(r + 7 * st)), a);
+    r = p + 8 * st;
+    transpose_pairs(_mm_unpacklo_epi8(load8(r), load8(r + st)), _mm_unpacklo_epi8(load8(r + 2 * st), load8(r + 3 * st)),
+                    _mm_unpacklo_epi8(load8(r + 4 * st), load8(r + 5 * st)),
+                    _mm_unpacklo_epi8(load8(r + 6 * st), load8(r + 7 * st)), b);
+    for (int k = 0; k < 4; ++k) {
+        c[2 * k] = _mm_unpacklo_epi64(a[k], b[k]);
+        c[2 * k + 1] = _mm_unpackhi_epi64(a[k], b[k]);
+    }
+}
+
+inline void store_cols16(Zan8u* p, ptrdiff_t st, const __m128i c[8]) {
+    for (int h = 0; h < 2; ++h) {
+        __m128i a[4];
+        for (int k = 0; k < 4; ++k) {
+            const __m128i x = h ? _mm_unpackhi_epi64(c[2 * k], c[2 * k + 1]) : _mm_unpacklo_epi64(c[2 * k], c[2 * k + 1]);
+            a[k] = _mm_unpacklo_epi8(x, _mm_srli_si128(x, 8));
+        }
+        __m128i r[4];
+        transpose_pairs(a[0], a[1], a[2], a[3], r);
+        Zan8u* q = p + 8 * h * st;
+        for (int k = 0; k < 4; ++k) {
+            simd::store8(q + 2 * k * st, r[k]);
+            store_hi8(q + (2 * k + 1) * st, r[k]);
+        }
+    }
+}
+
+template <bool V>
+void luma8_bytes_simd(Zan8u* p, Zan32s step, const Zan8u* pA, const Zan8u* pB, const Zan8u* pT,
+                      const Zan8u* pBS) {
+    const ptrdiff_t st = step;
+    for (int e = 0; e < 4; ++e) {
+        const Zan8u* bs = pBS + 4 * e;
+        if (word_at(bs) == 0) continue;
+        __m128i v[8];
+        if constexpr (V) {
+            Zan8u* q = p + 4 * e - 4;
+            load_cols16(q, st, v);
+            luma_edge_u8(v, pA[e ? 1 : 0], pB[e ? 1 : 0], bs, pT + 4 * e);
+            store_cols16(q, st, v);
+        } else {
+            Zan8u* q = p + 4 * e * st;
+            for (int k = 0; k < 8; ++k) v[k] = simd::load16(q + (k - 4) * st);
+            luma_edge_u8(v, pA[e ? 1 : 0], pB[e ? 1 : 0], bs, pT + 4 * e);
+            for (int k = 1; k < 7; ++k) simd::store16(q + (k - 4) * st, v[k]);
         }
     }
 }
@@ -932,8 +1080,10 @@ void mbaff16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u* pB, co
 constexpr Zan32s kV = kVertical, kL = kLuma, kC2 = kTwoChannels, kOwn = kOwnThresholds;
 
 const KernelPair<Edges8Fn> kEdges8[] = {
-    {"luma_ver_8u", luma8_rule<true>, luma8_simd<true>, 16, 16, kV | kL},
-    {"luma_hor_8u", luma8_rule<false>, luma8_simd<false>, 16, 16, kL},
+    {"luma_ver_8u", luma8_rule<true>, luma8_bytes_simd<true>, 16, 16, kV | kL},
+    {"luma_hor_8u", luma8_rule<false>, luma8_bytes_simd<false>, 16, 16, kL},
+    {"luma_ver_8u_words", luma8_rule<true>, luma8_simd<true>, 16, 16, kV | kL},
+    {"luma_hor_8u_words", luma8_rule<false>, luma8_simd<false>, 16, 16, kL},
     {"chroma_ver_8u", chroma8_rule<true, 1, false>, chroma8_simd<true>, 8, 8, kV},
     {"chroma_hor_8u", chroma8_rule<false, 1, false>, chroma8_simd<false>, 8, 8, 0},
     {"chroma_ver_nv12", chroma8_rule<true, 2, false>, chroma8c2_simd<true, false>, 8, 8, kV | kC2},
@@ -1017,8 +1167,8 @@ ZanStatus run_mbaff8(Zan8u* p, Zan32s step, Zan32u alpha, Zan32u beta, const Zan
                    const Zan8u* pThresholds, const Zan8u* pBS) {                                          \
         return run8<kernel>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBS);                        \
     }
-ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR, luma8_simd<true>)
-ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingLuma_HorEdge_H264_8u_C1IR, luma8_simd<false>)
+ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR, luma8_bytes_simd<true>)
+ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingLuma_HorEdge_H264_8u_C1IR, luma8_bytes_simd<false>)
 ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingChroma_VerEdge_H264_8u_C1IR, chroma8_simd<true>)
 ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingChroma_HorEdge_H264_8u_C1IR, chroma8_simd<false>)
 ZAN_DEBLOCK_ARRAYS(zaniFilterDeblockingChroma_VerEdge_H264_8u_C2IR, (chroma8c2_simd<true, false>))

@@ -57,18 +57,22 @@ void clone(Region& dst, Region& src, const Geometry& g) {
 
 // Area samples: a base value (often an extreme) and a spread that is mostly
 // small, sometimes the whole range.
-void fill_area(Region& r, const Geometry& g, Rng& rng, Zan32s maxv) {
+// bands: every sample near 0 or near maxv, for the largest differences.
+void fill_area(Region& r, const Geometry& g, Rng& rng, Zan32s maxv, bool bands = false) {
     static constexpr Zan32s kSpreads[] = {0, 1, 2, 3, 5, 8, 12, 20, 40};
     const Zan32s pick = rng.range(0, 11);
-    const Zan32s spread = pick < 9 ? kSpreads[pick] * std::max<Zan32s>(1, maxv / 255) : maxv;
+    const Zan32s spread = pick < 9 ? kSpreads[pick] * std::max<Zan32s>(1, maxv / 255) : pick == 11 ? 2 : maxv;
     const Zan32s kind = rng.range(0, 3);
-    const Zan32s base = kind == 0 ? 0 : kind == 1 ? maxv : rng.range(0, maxv);
-    // Sometimes a step across the whole area, so that |p0 - q0| is large.
-    const Zan32s jump = rng.range(0, 3) == 0 ? rng.range(-spread * 3, spread * 3) : 0;
+    const Zan32s base = kind == 0 || pick == 11 ? (kind == 1 ? maxv : 0) : kind == 1 ? maxv : rng.range(0, maxv);
+    // Sometimes a step across the whole area, so that |p0 - q0| is large,
+    // now and then nearly the whole range (the largest deltas).
+    Zan32s jump = rng.range(0, 3) == 0 ? rng.range(-spread * 3, spread * 3) : 0;
+    if (pick == 11) jump = (kind == 1 ? -1 : 1) * (maxv - rng.range(0, 6));
     for (Zan32s y = 0; y < g.height; ++y)
         for (Zan32s x = 0; x < g.widthBytes / g.elem; ++x) {
             const bool qside = g.vertical ? x >= g.reach * g.channels : y >= g.reach;
             Zan32s v = base + rng.range(-spread, spread) + (qside ? jump : 0);
+            if (bands) v = rng.below(2) ? maxv - rng.range(0, 3) : rng.range(0, 3);
             v = std::clamp(v, 0, maxv);
             Zan8u* at = r.origin() + static_cast<std::ptrdiff_t>(r.step()) * y + x * g.elem;
             if (g.elem == 1) {
@@ -116,14 +120,15 @@ void fill_bs(std::array<Zan8u, 16>& bs, Rng& rng, int draw) {
 // alpha, beta, tc0 in their usual ranges, sometimes anywhere, sometimes 0.
 Zan32s draw_alpha(Rng& rng, Zan32s scale) {
     const Zan32s k = rng.range(0, 9);
-    return k == 0 ? 0 : k < 7 ? rng.range(1, 60) * scale : rng.range(0, 255) * scale;
+    return k == 0 ? 0 : k < 6 ? rng.range(1, 60) * scale : k == 6 ? 255 * scale : rng.range(0, 255) * scale;
 }
 Zan32s draw_beta(Rng& rng, Zan32s scale) {
     const Zan32s k = rng.range(0, 9);
-    return k == 0 ? 0 : k < 8 ? rng.range(1, 18) * scale : rng.range(0, 255) * scale;
+    return k == 0 ? 0 : k < 8 ? rng.range(1, 18) * scale : k == 8 ? 255 * scale : rng.range(0, 255) * scale;
 }
 Zan32s draw_tc0(Rng& rng, Zan32s scale) {
-    return rng.range(0, 7) == 0 ? rng.range(0, 255) * scale : rng.range(0, 25) * scale;
+    const Zan32s k = rng.range(0, 7);
+    return k == 0 ? rng.range(0, 255) * scale : k == 1 ? rng.range(120, 255) * scale : rng.range(0, 25) * scale;
 }
 
 struct Layout {
@@ -145,14 +150,18 @@ TEST(CheckH264Deblock, Edges8u) {
             const Geometry g(e.width, e.height, e.param, 1);
             const Layout l = layout(d, g);
             Region want(g.widthBytes, g.height, l.step, l.align), got(g.widthBytes, g.height, l.step, l.align);
+            // One draw in ten: samples at both ends of the range with alpha
+            // and beta at 255 and large tc0, so that the largest deltas meet
+            // the widest clips.
+            const bool extreme = d % 10 == 7;
             want.fill(rng);
-            fill_area(want, g, rng, 255);
+            fill_area(want, g, rng, 255, extreme);
             clone(got, want, g);
             std::array<Zan8u, 4> alpha, beta;
             std::array<Zan8u, 16> tc0, bs;
-            for (auto& a : alpha) a = static_cast<Zan8u>(draw_alpha(rng, 1));
-            for (auto& b : beta) b = static_cast<Zan8u>(draw_beta(rng, 1));
-            for (auto& t : tc0) t = static_cast<Zan8u>(draw_tc0(rng, 1));
+            for (auto& a : alpha) a = static_cast<Zan8u>(extreme ? 255 : draw_alpha(rng, 1));
+            for (auto& b : beta) b = static_cast<Zan8u>(extreme ? 255 : draw_beta(rng, 1));
+            for (auto& t : tc0) t = static_cast<Zan8u>(extreme ? rng.range(100, 255) : draw_tc0(rng, 1));
             fill_bs(bs, rng, d);
             e.rule(g.block(want), l.step, alpha.data(), beta.data(), tc0.data(), bs.data());
             e.simd(g.block(got), l.step, alpha.data(), beta.data(), tc0.data(), bs.data());
