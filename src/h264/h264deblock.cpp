@@ -612,52 +612,33 @@ inline void luma_normal_u8(__m128i p2, __m128i& p1, __m128i& p0, __m128i& q0, __
     q0 = _mm_subs_epu8(_mm_adds_epu8(q0, neg), pos);
 }
 
-// Half h (lanes 8h..8h+7) of v[0..7] = p3..q3 through the 16-bit lanes.
-inline void luma_half_w16(__m128i v[8], int h, const Params& pr) {
-    const __m128i z = _mm_setzero_si128();
-    __m128i w[8];
-    for (int k = 0; k < 8; ++k) w[k] = h ? _mm_unpackhi_epi8(v[k], z) : _mm_unpacklo_epi8(v[k], z);
-    luma_lanes<W16, false>(w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7], pr);
-    for (int k = 1; k < 7; ++k) {
-        const __m128i b = _mm_packus_epi16(w[k], w[k]);
-        v[k] = h ? _mm_unpacklo_epi64(v[k], b) : _mm_castpd_si128(_mm_move_sd(_mm_castsi128_pd(v[k]), _mm_castsi128_pd(b)));
-    }
+// True when an edge can take the byte path: no half goes the strong way and
+// every tc0 is at most 125.
+inline bool bytes_fit(const Zan8u* bs, const Zan8u* tc) {
+    if ((bs[0] == 4 && bs[1] == 4) || (bs[2] == 4 && bs[3] == 4)) return false;
+    return tc[0] <= 125 && tc[1] <= 125 && tc[2] <= 125 && tc[3] <= 125;
 }
 
-// One luma edge of 16 lines, v[0..7] = p3..q3, bs and tc the edge's four.
-inline void luma_edge_u8(__m128i v[8], Zan8u alpha, Zan8u beta, const Zan8u* bs, const Zan8u* tc) {
-    const bool strong0 = bs[0] == 4 && bs[1] == 4, strong1 = bs[2] == 4 && bs[3] == 4;
+// The normal path of one luma edge of 16 lines on bytes, v[0..7] = p3..q3,
+// bs and tc the edge's four (no half strong, tc0 up to 125).
+[[gnu::always_inline]] inline void luma_edge_u8(__m128i v[8], Zan8u alpha, Zan8u beta, const Zan8u* bs,
+                                                const Zan8u* tc) {
     __m128i b = simd::load4(bs);
     b = _mm_unpacklo_epi8(b, b);
     b = _mm_unpacklo_epi16(b, b);
     __m128i t = simd::load4(tc);
     t = _mm_unpacklo_epi8(t, t);
     t = _mm_unpacklo_epi16(t, t);
-    const __m128i strong = _mm_set_epi64x(strong1 ? -1 : 0, strong0 ? -1 : 0);
-    const __m128i normal = _mm_andnot_si128(_mm_or_si128(strong, _mm_cmpeq_epi8(b, _mm_setzero_si128())), ones());
-    const bool wideTc = _mm_movemask_epi8(_mm_andnot_si128(_mm_cmpeq_epi8(_mm_subs_epu8(t, _mm_set1_epi8(125)),
-                                                                          _mm_setzero_si128()),
-                                                           normal)) != 0;
-    if (_mm_movemask_epi8(normal) && !wideTc) {
-        const __m128i va = _mm_set1_epi8(static_cast<char>(alpha)), vb = _mm_set1_epi8(static_cast<char>(beta));
-        const __m128i p2 = v[1], p0 = v[3], q0 = v[4], q2 = v[6];
-        const __m128i fail = _mm_cmpeq_epi8(
-            _mm_min_epu8(_mm_min_epu8(_mm_subs_epu8(va, absdiff_u8(p0, q0)), _mm_subs_epu8(vb, absdiff_u8(v[2], p0))),
-                         _mm_subs_epu8(vb, absdiff_u8(v[5], q0))),
-            _mm_setzero_si128());
-        const __m128i nm = _mm_andnot_si128(fail, normal);
-        luma_normal_u8(p2, v[2], v[3], v[4], v[5], q2, nm, below_u8(absdiff_u8(p2, p0), vb),
-                       below_u8(absdiff_u8(q2, q0), vb), t);
-    }
-    for (int h = 0; h < 2; ++h) {
-        const bool s = h ? strong1 : strong0;
-        if (!s && !wideTc) continue;
-        if (bs[2 * h] == 0 && bs[2 * h + 1] == 0) continue;
-        Params pr = params16(alpha, beta);
-        group_masks<W16>(pr, s, expand4(bs + 2 * h));
-        pr.tc0 = expand4(tc + 2 * h);
-        luma_half_w16(v, h, pr);
-    }
+    const __m128i va = _mm_set1_epi8(static_cast<char>(alpha)), vb = _mm_set1_epi8(static_cast<char>(beta));
+    const __m128i p2 = v[1], p0 = v[3], q0 = v[4], q2 = v[6];
+    // A lane fails when bS is 0 or any of its three differences is not below its limit.
+    const __m128i fail = _mm_cmpeq_epi8(
+        _mm_min_epu8(_mm_min_epu8(_mm_subs_epu8(va, absdiff_u8(p0, q0)), _mm_subs_epu8(vb, absdiff_u8(v[2], p0))),
+                     _mm_min_epu8(_mm_subs_epu8(vb, absdiff_u8(v[5], q0)), b)),
+        _mm_setzero_si128());
+    const __m128i nm = _mm_xor_si128(fail, ones());
+    luma_normal_u8(p2, v[2], v[3], v[4], v[5], q2, nm, below_u8(absdiff_u8(p2, p0), vb),
+                   below_u8(absdiff_u8(q2, q0), vb), t);
 }
 
 // 16 rows of 8 bytes at p -> 8 columns of 16 bytes (lane = row), and back.
@@ -695,6 +676,8 @@ inline void store_cols16(Zan8u* p, ptrdiff_t st, const __m128i c[8]) {
     }
 }
 
+// Edges with a strong half or a tc0 above 125 go through the 16-bit lanes,
+// half by half, as luma8_simd does.
 template <bool V>
 void luma8_bytes_simd(Zan8u* p, Zan32s step, const Zan8u* pA, const Zan8u* pB, const Zan8u* pT,
                       const Zan8u* pBS) {
@@ -702,16 +685,32 @@ void luma8_bytes_simd(Zan8u* p, Zan32s step, const Zan8u* pA, const Zan8u* pB, c
     for (int e = 0; e < 4; ++e) {
         const Zan8u* bs = pBS + 4 * e;
         if (word_at(bs) == 0) continue;
+        const Zan8u* tc = pT + 4 * e;
+        const Zan8u alpha = pA[e ? 1 : 0], beta = pB[e ? 1 : 0];
+        if (!bytes_fit(bs, tc)) {
+            Params pr = params16(alpha, beta);
+            for (int h = 0; h < 2; ++h) {
+                const Zan32s pair = bs[2 * h] | (bs[2 * h + 1] << 8);
+                if (pair == 0) continue;
+                group_masks<W16>(pr, pair == 0x0404, expand4(bs + 2 * h));
+                pr.tc0 = expand4(tc + 2 * h);
+                if constexpr (V)
+                    luma8_ver_group(p + 8 * h * st + 4 * e, st, pr);
+                else
+                    luma8_hor_group(p + 4 * e * st + 8 * h, st, pr);
+            }
+            continue;
+        }
         __m128i v[8];
         if constexpr (V) {
             Zan8u* q = p + 4 * e - 4;
             load_cols16(q, st, v);
-            luma_edge_u8(v, pA[e ? 1 : 0], pB[e ? 1 : 0], bs, pT + 4 * e);
+            luma_edge_u8(v, alpha, beta, bs, tc);
             store_cols16(q, st, v);
         } else {
             Zan8u* q = p + 4 * e * st;
             for (int k = 0; k < 8; ++k) v[k] = simd::load16(q + (k - 4) * st);
-            luma_edge_u8(v, pA[e ? 1 : 0], pB[e ? 1 : 0], bs, pT + 4 * e);
+            luma_edge_u8(v, alpha, beta, bs, tc);
             for (int k = 1; k < 7; ++k) simd::store16(q + (k - 4) * st, v[k]);
         }
     }
