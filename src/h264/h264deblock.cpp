@@ -985,6 +985,101 @@ inline void chroma16_group(Zan16u* q, ptrdiff_t st, bool vertical, const Params&
     }
 }
 
+// ---- 16-bit samples up to 4095: 8 lines in 16-bit lanes
+//
+// With every sample read below 4096 the sums of the filters stay inside
+// int16 (8 * 4095 + 4 at most), so 8 lines go at once.  Alpha, beta and tc0
+// are cut to values that decide every comparison and clip the same way for
+// such samples: alpha to 16380 ((16380 >> 2) + 2 = 4097), beta and tc0 to
+// 4096.  A group with a larger sample goes the 32-bit way instead.
+
+// Transposes an 8x8 block of 16-bit values in place.
+inline void transpose8x8_16(__m128i r[8]) {
+    __m128i a[8], b[8];
+    for (int k = 0; k < 4; ++k) {
+        a[2 * k] = _mm_unpacklo_epi16(r[2 * k], r[2 * k + 1]);
+        a[2 * k + 1] = _mm_unpackhi_epi16(r[2 * k], r[2 * k + 1]);
+    }
+    for (int h = 0; h < 2; ++h) {  // rows 0..3, rows 4..7
+        const __m128i* x = a + 4 * h;
+        b[4 * h + 0] = _mm_unpacklo_epi32(x[0], x[2]);  // columns 0, 1
+        b[4 * h + 1] = _mm_unpackhi_epi32(x[0], x[2]);  // columns 2, 3
+        b[4 * h + 2] = _mm_unpacklo_epi32(x[1], x[3]);  // columns 4, 5
+        b[4 * h + 3] = _mm_unpackhi_epi32(x[1], x[3]);  // columns 6, 7
+    }
+    for (int k = 0; k < 4; ++k) {
+        r[2 * k] = _mm_unpacklo_epi64(b[k], b[4 + k]);
+        r[2 * k + 1] = _mm_unpackhi_epi64(b[k], b[4 + k]);
+    }
+}
+
+inline Zan32s cut(Zan32s v, Zan32s most) { return v < most ? v : most; }
+
+// Per-lane bS and tc0 of 8 lines whose segments span 4 lines (two
+// segments) or 2 lines (four segments).
+template <int LinesPerSegment>
+inline void lanes16(Params& pr, const Zan8u* bs, const Zan16u* tc) {
+    if constexpr (LinesPerSegment == 4) {
+        own_masks<W16>(pr, expand4(bs));
+        pr.tc0 = _mm_unpacklo_epi64(_mm_set1_epi16(static_cast<short>(cut(tc[0], 4096))),
+                                    _mm_set1_epi16(static_cast<short>(cut(tc[1], 4096))));
+    } else {
+        own_masks<W16>(pr, expand2(bs));
+        const short t0 = static_cast<short>(cut(tc[0], 4096)), t1 = static_cast<short>(cut(tc[1], 4096));
+        const short t2 = static_cast<short>(cut(tc[2], 4096)), t3 = static_cast<short>(cut(tc[3], 4096));
+        pr.tc0 = _mm_setr_epi16(t0, t0, t1, t1, t2, t2, t3, t3);
+    }
+}
+
+inline Params params16n(Zan32s alpha, Zan32s beta, Zan32s maxv) {
+    Params pr;
+    pr.alpha = _mm_set1_epi16(static_cast<short>(cut(alpha, 16380)));
+    pr.beta = _mm_set1_epi16(static_cast<short>(cut(beta, 4096)));
+    pr.maxv = _mm_set1_epi16(static_cast<short>(cut(maxv, 32767)));
+    return pr;
+}
+
+inline bool all_below_4096(const __m128i* v, int n) {
+    __m128i o = v[0];
+    for (int k = 1; k < n; ++k) o = _mm_or_si128(o, v[k]);
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(o, _mm_set1_epi16(static_cast<short>(0xF000))),
+                                             _mm_setzero_si128())) == 0xFFFF;
+}
+
+// 8 lines of a luma (Luma) or chroma edge at q; false, with nothing
+// written, when a sample is 4096 or more.
+template <bool Luma>
+inline bool group8_16(Zan16u* q, ptrdiff_t st, bool vertical, const Params& pr) {
+    constexpr int n = Luma ? 8 : 4, reach = n / 2;
+    __m128i v[8];
+    if (vertical) {
+        for (int k = 0; k < 8; ++k)
+            v[k] = Luma ? simd::load16(q - reach + k * st) : simd::load8(q - reach + k * st);
+        transpose8x8_16(v);
+    } else {
+        for (int k = 0; k < n; ++k) v[k] = simd::load16(q + (k - reach) * st);
+    }
+    if (!all_below_4096(v, n)) return false;
+    if constexpr (Luma)
+        luma_lanes<W16, true>(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], pr);
+    else
+        chroma_lanes<W16, true>(v[0], v[1], v[2], v[3], pr);
+    if (vertical) {
+        if constexpr (!Luma)
+            for (int k = 4; k < 8; ++k) v[k] = _mm_setzero_si128();
+        transpose8x8_16(v);
+        for (int k = 0; k < 8; ++k) {
+            if constexpr (Luma)
+                simd::store16(q - reach + k * st, v[k]);
+            else
+                simd::store8(q - reach + k * st, v[k]);
+        }
+    } else {
+        for (int k = 1; k < (Luma ? 7 : 3); ++k) simd::store16(q + (k - reach) * st, v[k]);
+    }
+    return true;
+}
+
 // Address of line `line` of edge e (its q0): vertical edges step down rows.
 inline Zan16u* at16(Zan16u* p, ptrdiff_t st, bool v, int e, int line) {
     return v ? p + line * st + 4 * e : p + 4 * e * st + line;
@@ -998,11 +1093,18 @@ void luma16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u* pB, con
     for (int e = 0; e < 4; ++e) {
         const Zan8u* bs = pBS + 4 * e;
         if (word_at(bs) == 0) continue;
-        Params pr = params32(pA[e ? 1 : 0], pB[e ? 1 : 0], maxv);
-        for (int s = 0; s < 4; ++s) {
-            if (bs[s] == 0) continue;
-            lanes32(pr, bs + s, pT + 4 * e + s, kOneSegment);
-            luma16_group(at16(p, st, V, e, 4 * s), st, V, pr);
+        const Zan32s alpha = pA[e ? 1 : 0], beta = pB[e ? 1 : 0];
+        Params pn = params16n(alpha, beta, maxv);
+        for (int g = 0; g < 2; ++g) {
+            if ((bs[2 * g] | bs[2 * g + 1]) == 0) continue;
+            lanes16<4>(pn, bs + 2 * g, pT + 4 * e + 2 * g);
+            if (group8_16<true>(at16(p, st, V, e, 8 * g), st, V, pn)) continue;
+            Params pr = params32(alpha, beta, maxv);
+            for (int s = 2 * g; s < 2 * g + 2; ++s) {
+                if (bs[s] == 0) continue;
+                lanes32(pr, bs + s, pT + 4 * e + s, kOneSegment);
+                luma16_group(at16(p, st, V, e, 4 * s), st, V, pr);
+            }
         }
     }
 }
@@ -1015,6 +1117,9 @@ void chroma16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u* pB, c
     for (int e = 0; e < 2; ++e) {
         const Zan8u* bs = pBS + 8 * e;
         if (word_at(bs) == 0) continue;
+        Params pn = params16n(pA[e], pB[e], maxv);
+        lanes16<2>(pn, bs, pT + 4 * e);
+        if (group8_16<false>(at16(p, st, V, e, 0), st, V, pn)) continue;
         Params pr = params32(pA[e], pB[e], maxv);
         for (int g = 0; g < 2; ++g) {
             if ((bs[2 * g] | bs[2 * g + 1]) == 0) continue;
@@ -1031,11 +1136,17 @@ void chroma422ver16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u*
     for (int e = 0; e < 2; ++e) {
         const Zan8u* bs = pBS + 8 * e;
         if (word_at(bs) == 0) continue;
-        Params pr = params32(pA[e], pB[e], maxv);
-        for (int s = 0; s < 4; ++s) {
-            if (bs[s] == 0) continue;
-            lanes32(pr, bs + s, pT + 4 * e + s, kOneSegment);
-            chroma16_group(at16(p, st, true, e, 4 * s), st, true, pr);
+        Params pn = params16n(pA[e], pB[e], maxv);
+        for (int g = 0; g < 2; ++g) {
+            if ((bs[2 * g] | bs[2 * g + 1]) == 0) continue;
+            lanes16<4>(pn, bs + 2 * g, pT + 4 * e + 2 * g);
+            if (group8_16<false>(at16(p, st, true, e, 8 * g), st, true, pn)) continue;
+            Params pr = params32(pA[e], pB[e], maxv);
+            for (int s = 2 * g; s < 2 * g + 2; ++s) {
+                if (bs[s] == 0) continue;
+                lanes32(pr, bs + s, pT + 4 * e + s, kOneSegment);
+                chroma16_group(at16(p, st, true, e, 4 * s), st, true, pr);
+            }
         }
     }
 }
@@ -1047,7 +1158,11 @@ void chroma422hor16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u*
     for (int e = 0; e < 4; ++e) {
         const Zan8u* bs = pBS + 4 * e;
         if (word_at(bs) == 0) continue;
-        Params pr = params32(pA[e ? 1 : 0], pB[e ? 1 : 0], maxv);
+        const Zan32s alpha = pA[e ? 1 : 0], beta = pB[e ? 1 : 0];
+        Params pn = params16n(alpha, beta, maxv);
+        lanes16<2>(pn, bs, pT + 4 * e);
+        if (group8_16<false>(at16(p, st, false, e, 0), st, false, pn)) continue;
+        Params pr = params32(alpha, beta, maxv);
         for (int g = 0; g < 2; ++g) {
             if ((bs[2 * g] | bs[2 * g + 1]) == 0) continue;
             lanes32(pr, bs, pT + 4 * e, kTwoSegments[g]);
@@ -1063,6 +1178,9 @@ void mbaff16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u* pB, co
     const ptrdiff_t st = step;
     Params pr = params32(pA[0], pB[0], max_sample(bitDepth));
     if constexpr (Luma) {
+        Params pn = params16n(pA[0], pB[0], max_sample(bitDepth));
+        lanes16<2>(pn, pBS, pT);
+        if (group8_16<true>(p, st, true, pn)) return;
         for (int g = 0; g < 2; ++g) {
             if ((pBS[2 * g] | pBS[2 * g + 1]) == 0) continue;
             lanes32(pr, pBS, pT, kTwoSegments[g]);

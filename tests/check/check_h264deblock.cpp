@@ -207,15 +207,17 @@ TEST(CheckH264Deblock, Edges16u) {
             // Now and then samples above the depth's range, or an odd depth.
             const Zan32s maxv = d % 11 == 4 ? 65535 : (1 << depth) - 1;
             if (d % 13 == 6) depth = static_cast<Zan32s>(rng.range(-2, 20));
-            fill_area(want, g, rng, maxv);
+            // One draw in ten at both ends of the range with the widest limits.
+            const bool extreme = d % 10 == 7;
+            fill_area(want, g, rng, maxv, extreme);
             clone(got, want, g);
             const Zan32s scale = 1 << (std::clamp(depth, 8, 16) - 8);
             std::array<Zan16u, 4> alpha, beta;
             std::array<Zan16u, 16> tc0;
             std::array<Zan8u, 16> bs;
-            for (auto& a : alpha) a = static_cast<Zan16u>(std::min(draw_alpha(rng, scale), 65535));
-            for (auto& b : beta) b = static_cast<Zan16u>(std::min(draw_beta(rng, scale), 65535));
-            for (auto& t : tc0) t = static_cast<Zan16u>(std::min(draw_tc0(rng, scale), 65535));
+            for (auto& a : alpha) a = static_cast<Zan16u>(extreme ? rng.range(60000, 65535) : std::min(draw_alpha(rng, scale), 65535));
+            for (auto& b : beta) b = static_cast<Zan16u>(extreme ? rng.range(4000, 65535) : std::min(draw_beta(rng, scale), 65535));
+            for (auto& t : tc0) t = static_cast<Zan16u>(extreme ? rng.range(2000, 65535) : std::min(draw_tc0(rng, scale), 65535));
             if (d % 17 == 9) alpha[0] = 65535;
             fill_bs(bs, rng, d);
             auto* pw = reinterpret_cast<Zan16u*>(g.block(want));
