@@ -440,7 +440,7 @@ inline Params params16(Zan32s alpha, Zan32s beta) {
 
 // ---- 8-bit loads and stores
 
-inline void store_hi8(void* p, __m128i v) { simd::store8(p, _mm_unpackhi_epi64(v, v)); }
+inline void store_hi8(void* p, __m128i v) { _mm_storeh_pi(static_cast<__m64*>(p), _mm_castsi128_ps(v)); }
 
 // Columns of an 8x8 byte block from four vectors of row pairs (a[k]: rows 2k
 // and 2k+1 interleaved byte by byte).  Returns x[k] = column 2k | column 2k+1.
@@ -660,14 +660,16 @@ inline void load_cols16(const Zan8u* p, ptrdiff_t st, __m128i c[8]) {
 }
 
 inline void store_cols16(Zan8u* p, ptrdiff_t st, const __m128i c[8]) {
+    __m128i w[8];  // w[2k]: rows 0..7, w[2k+1]: rows 8..15, each a word of columns 2k, 2k+1
+    for (int k = 0; k < 4; ++k) {
+        w[2 * k] = _mm_unpacklo_epi8(c[2 * k], c[2 * k + 1]);
+        w[2 * k + 1] = _mm_unpackhi_epi8(c[2 * k], c[2 * k + 1]);
+    }
     for (int h = 0; h < 2; ++h) {
-        __m128i a[4];
-        for (int k = 0; k < 4; ++k) {
-            const __m128i x = h ? _mm_unpackhi_epi64(c[2 * k], c[2 * k + 1]) : _mm_unpacklo_epi64(c[2 * k], c[2 * k + 1]);
-            a[k] = _mm_unpacklo_epi8(x, _mm_srli_si128(x, 8));
-        }
-        __m128i r[4];
-        transpose_pairs(a[0], a[1], a[2], a[3], r);
+        const __m128i lo0 = _mm_unpacklo_epi16(w[h], w[2 + h]), hi0 = _mm_unpackhi_epi16(w[h], w[2 + h]);
+        const __m128i lo1 = _mm_unpacklo_epi16(w[4 + h], w[6 + h]), hi1 = _mm_unpackhi_epi16(w[4 + h], w[6 + h]);
+        const __m128i r[4] = {_mm_unpacklo_epi32(lo0, lo1), _mm_unpackhi_epi32(lo0, lo1), _mm_unpacklo_epi32(hi0, hi1),
+                              _mm_unpackhi_epi32(hi0, hi1)};
         Zan8u* q = p + 8 * h * st;
         for (int k = 0; k < 4; ++k) {
             simd::store8(q + 2 * k * st, r[k]);
