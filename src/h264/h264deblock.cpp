@@ -1198,6 +1198,9 @@ void mbaff16_simd(Zan16u* p, Zan32s step, const Zan16u* pA, const Zan16u* pB, co
 
 constexpr Zan32s kV = kVertical, kL = kLuma, kC2 = kTwoChannels, kOwn = kOwnThresholds;
 
+// The _words entries are the all-16-bit-lane luma kernels on which the byte
+// kernels fall back for strong halves and large tc0; listed to be checked and
+// timed on their own.
 const KernelPair<Edges8Fn> kEdges8[] = {
     {"luma_ver_8u", luma8_rule<true>, luma8_bytes_simd<true>, 16, 16, kV | kL},
     {"luma_hor_8u", luma8_rule<false>, luma8_bytes_simd<false>, 16, 16, kL},
