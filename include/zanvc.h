@@ -1141,6 +1141,116 @@ ZanStatus zaniPredictIntraChroma8x8_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstSt
 
 /* ==== h264deblock: H.264 deblocking ==== */
 
+/* The H.264 loop filter over the edges of one macroblock, in place.  The
+ * caller derives boundary strengths (bS) and the indexed alpha, beta and tc0
+ * values; the library applies the sample filters.  One call does every
+ * vertical edge (left to right) or every horizontal edge (top to bottom) of
+ * one plane of one macroblock; each edge is finished before the next, which
+ * reads what it wrote.  The pointer is the macroblock's top-left sample; the
+ * filter reads and writes up to 4 luma or 2 chroma samples to the left of or
+ * above it (p3..q3 for luma, p1..q1 for chroma) and changes at most p2..q2
+ * (luma) or p0..q0 (chroma).  Steps are not checked (any sign); they count
+ * bytes in the 8-bit forms and samples in the 16-bit forms.
+ *
+ * Per edge: the edge's four bS bytes read as one word; zero leaves the edge
+ * untouched and unread.  Alpha and beta: element 0 on the macroblock's outer
+ * edge (offset 0), element 1 on the inner ones.  Per line of an edge with a
+ * non-zero bS: nothing unless |p0-q0| < alpha, |p1-p0| < beta and
+ * |q1-q0| < beta.  Normal luma: tc = tc0 + (|p2-p0| < beta) + (|q2-q0| <
+ * beta), delta = clamp(-tc, tc, (4(q0-p0) + (p1-q1) + 4) >> 3), p0 += delta
+ * and q0 -= delta clamped to the sample range, p1 (q1) += clamp(-tc0, tc0,
+ * (p2 + ((p0+q0+1) >> 1) - 2 p1) >> 1) when |p2-p0| < beta (|q2-q0| < beta).
+ * Strong luma: on a side whose |p2-p0| (|q2-q0|) is below beta and with
+ * |p0-q0| < (alpha >> 2) + 2, the three samples by the long filter of the
+ * standard; otherwise only p0 = (2 p1 + p0 + q1 + 2) >> 2 (q0 likewise).
+ * Normal chroma: tc = tc0 + 1, only p0 and q0 change.  Strong chroma:
+ * p0 = (2 p1 + p0 + q1 + 2) >> 2, q0 = (2 q1 + q0 + p1 + 2) >> 2.  Sample
+ * range 0..255, or 0..(1 << bitDepth) - 1 in the 16-bit forms (bitDepth
+ * above 16 counts as 16, below 1 as a range of 0..0).
+ *
+ * Which lines take the strong path:
+ *   8-bit luma (not MBAFF): each half edge of 8 lines by its pair of bS:
+ *     both 4: strong; otherwise the normal path on every segment with a
+ *     non-zero bS (a 4 beside another value is filtered the normal way).
+ *   8-bit 4:2:0 chroma (C1IR, C2IR, C2I): all four bS 4: strong over the
+ *     edge; otherwise normal on every segment with a non-zero bS.
+ *   8-bit 4:2:2 horizontal: the first bS of the edge decides: 4 sends the
+ *     whole edge (all 8 columns) the strong way; otherwise normal on every
+ *     segment with a non-zero bS.
+ *   8-bit 4:2:2 vertical, the MBAFF forms and every 16-bit form: each
+ *     segment by itself: bS 4 strong, other non-zero values normal.
+ *
+ * Layouts.  Luma: 4 edges at 0, 4, 8, 12, 16 lines; bS and tc0 4 per edge at
+ * 4 * edge (16 each), one per 4 lines.  4:2:0 chroma: 2 edges at 0 and 4, 8
+ * lines; bS at 0..3 and 8..11 (pBS is always 16 bytes), tc0 at 0..3 and
+ * 4..7, one per 2 lines.  4:2:2 vertical: 2 edges at 0 and 4, 16 rows; bS at
+ * 0..3 and 8..11, tc0 at 0..3 and 4..7, one per 4 rows.  4:2:2 horizontal: 4
+ * edges at rows 0, 4, 8, 12, 8 columns; bS and tc0 at 4 * edge, one per 2
+ * columns.  Interleaved chroma (C2): U and V alternate in each row, the edges
+ * at chroma offsets 0 and 4, so a row of the block is 16 bytes.  C2IR: one
+ * set of alpha, beta and tc0 for both.  C2I (the record): pAlpha and pBeta
+ * have 4 bytes: U outer, V outer, U inner, V inner; pThresholds 16 bytes:
+ * U outer 0..3, U inner 4..7, V outer 8..11, V inner 12..15; pBS shared.
+ * 16-bit forms: pAlpha, pBeta and pThresholds are Zan16u arrays already
+ * scaled to the bit depth, in the 8-bit layouts; pBS stays bytes.
+ *
+ * MBAFF left edge (one vertical edge at column 0): luma 8 lines, bS and tc0
+ * index line >> 1; chroma 4 lines, bS and tc0 index line.  Alpha and beta
+ * serve every line (8-bit: values; 16-bit: element 0 of the record's arrays).
+ * Alpha 0 or all four bS zero: return zanStsOk at once, nothing read.
+ *
+ * Checks: a null pointer, record or any of its five pointers, -8.  Nothing
+ * else is checked: alpha, beta, tc0 and bS are taken as given. */
+
+/* pSrcDstPlane and the arrays are Zan8u in the 8-bit forms and Zan16u in the
+ * 16-bit forms; bitDepth is read by the 16-bit forms only. */
+typedef struct ZanDeblockingRecord {
+    void* pSrcDstPlane;
+    Zan32s srcDstStep;
+    const void* pAlpha;
+    const void* pBeta;
+    const void* pThresholds;
+    const Zan8u* pBS;
+    Zan32s bitDepth;
+} ZanDeblockingRecord;
+
+ZanStatus zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
+                                                        const Zan8u* pBeta, const Zan8u* pThresholds,
+                                                        const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
+                                                        const Zan8u* pBeta, const Zan8u* pThresholds,
+                                                        const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
+                                                          const Zan8u* pBeta, const Zan8u* pThresholds,
+                                                          const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingChroma_HorEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
+                                                          const Zan8u* pBeta, const Zan8u* pThresholds,
+                                                          const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_H264_8u_C2IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
+                                                          const Zan8u* pBeta, const Zan8u* pThresholds,
+                                                          const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingChroma_HorEdge_H264_8u_C2IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
+                                                          const Zan8u* pBeta, const Zan8u* pThresholds,
+                                                          const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_H264_8u_C2I(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma_HorEdge_H264_8u_C2I(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma422HorEdge_H264_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma422VerEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingLumaVerEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingLumaHorEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChromaVerEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChromaHorEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32u alpha,
+                                                              Zan32u beta, const Zan8u* pThresholds,
+                                                              const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32u alpha,
+                                                                Zan32u beta, const Zan8u* pThresholds,
+                                                                const Zan8u* pBS);
+ZanStatus zaniFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+
 /* ==== end of h264deblock ==== */
 
 /* ==== h264fwd: H.264 forward transforms and quantisation ==== */
