@@ -1281,6 +1281,38 @@ ZanStatus zaniFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const ZanDeblocki
 
 /* ==== end of h264interp ==== */
 
+/* ==== h264recon: H.264 macroblock reconstruction ==== */
+
+/* ==== end of h264recon ==== */
+
+/* ==== cavlcenc: H.264 CAVLC encoding ==== */
+
+/* ==== end of cavlcenc ==== */
+
+/* ==== cabac: H.264 CABAC encoder ==== */
+
+/* ==== end of cabac ==== */
+
+/* ==== filters263: H.261, H.263 and MPEG-4 block filters ==== */
+
+/* ==== end of filters263 ==== */
+
+/* ==== resample263: H.263 resampling ==== */
+
+/* ==== end of resample263 ==== */
+
+/* ==== mpeg4pred: MPEG-4 prediction tools ==== */
+
+/* ==== end of mpeg4pred ==== */
+
+/* ==== vc1interp: VC-1 interpolation and range mapping ==== */
+
+/* ==== end of vc1interp ==== */
+
+/* ==== vc1filter: VC-1 deblocking and overlap smoothing ==== */
+
+/* ==== end of vc1filter ==== */
+
 #ifdef __cplusplus
 }
 #endif
