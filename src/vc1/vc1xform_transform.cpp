@@ -21,7 +21,9 @@
 // The vector kernels hold a block as eight rows of eight 16-bit lanes (4-wide
 // blocks use the low half, 4-high blocks the first four rows), transpose it,
 // run a pass as pmaddwd on pairs of rows into 32-bit sums, pack with
-// saturation, and transpose back for the other pass.
+// saturation, and transpose back for the other pass.  The inverse passes use
+// the even/odd symmetry of the basis functions to form two outputs from each
+// pair of sums, half the multiplies of the plain form.
 #include <algorithm>
 
 #include "common/scalar.h"
@@ -117,8 +119,8 @@ constexpr Mat make_mat(int n, bool transposed) {
         for (int i = 0; i < n; ++i) m.c[o][i] = static_cast<Zan16s>(transposed ? basis(n, i, o) : basis(n, o, i));
     return m;
 }
-constexpr Mat kFwd8 = make_mat(8, false), kFwd4 = make_mat(4, false);
-constexpr Mat kInv8 = make_mat(8, true), kInv4 = make_mat(4, true);
+constexpr Mat kFwd8 = make_mat(8, false), kFwd4 = make_mat(4, false);  // c[o][i] = T[o][i]
+constexpr Mat kInv8 = make_mat(8, true), kInv4 = make_mat(4, true);    // c[o][k] = T[k][o]
 template <int N>
 constexpr const Mat& fwd_mat() { return N == 8 ? kFwd8 : kFwd4; }
 template <int N>
@@ -131,8 +133,8 @@ constexpr Zan32s pair_of(const Mat& m, int o, int p) {
 }
 
 // One pass over NIn input vectors (NIn even) giving NOut outputs:
-// out[o] = sat16((sum_i M[o][i] in[i] + Rnd + (Extra && o >= 4)) >> Shift).
-template <const Mat& M, int NIn, int NOut, int Rnd, int Shift, bool Extra>
+// out[o] = sat16((sum_i M[o][i] in[i] + Rnd) >> Shift).  The forward passes.
+template <const Mat& M, int NIn, int NOut, int Rnd, int Shift>
 inline void pass(const __m128i* in, __m128i* out) {
     __m128i lo[4], hi[4];
 #pragma GCC unroll 4
@@ -142,7 +144,7 @@ inline void pass(const __m128i* in, __m128i* out) {
     }
 #pragma GCC unroll 8
     for (int o = 0; o < NOut; ++o) {
-        const __m128i r = _mm_set1_epi32(Rnd + (Extra && o >= 4 ? 1 : 0));
+        const __m128i r = _mm_set1_epi32(Rnd);
         __m128i a = r, b = r;
 #pragma GCC unroll 4
         for (int p = 0; p < NIn / 2; ++p) {
@@ -151,6 +153,68 @@ inline void pass(const __m128i* in, __m128i* out) {
             b = _mm_add_epi32(b, _mm_madd_epi16(hi[p], c));
         }
         out[o] = _mm_packs_epi32(_mm_srai_epi32(a, Shift), _mm_srai_epi32(b, Shift));
+    }
+}
+
+// Basis function k of both matrices is even for even k and odd for odd k:
+// T[k][N-1-i] = (-1)^k T[k][i].
+constexpr bool symmetric(int n) {
+    for (int k = 0; k < n; ++k)
+        for (int i = 0; i < n; ++i)
+            if (basis(n, k, n - 1 - i) != (k % 2 ? -basis(n, k, i) : basis(n, k, i))) return false;
+    return true;
+}
+static_assert(symmetric(8) && symmetric(4));
+
+// The inverse pass out[o] = sat16((sum_k T[k][o] in[k] + Rnd + (Extra && o >= 4))
+// >> Shift) over N outputs, split by that symmetry: with ev(o) the sum over
+// even k and od(o) over odd k, out[o] = ev + od and out[N-1-o] = ev - od.
+// Inputs from NIn on are zero and left out.
+template <int N, int NIn, int Rnd, int Shift, bool Extra>
+inline void inv_pass(const __m128i* in, __m128i* out) {
+    const Mat& M = inv_mat<N>();
+    // Pairs (k, k + 2): even pairs start at 0, 4; odd pairs at 1, 5.
+    constexpr int kPairs = N / 4;
+    __m128i elo[2], ehi[2], olo[2], ohi[2];
+    const __m128i zero = _mm_setzero_si128();
+    auto input = [&](int k) { return k < NIn ? in[k] : zero; };
+#pragma GCC unroll 2
+    for (int p = 0; p < kPairs; ++p) {
+        elo[p] = _mm_unpacklo_epi16(input(4 * p), input(4 * p + 2));
+        ehi[p] = _mm_unpackhi_epi16(input(4 * p), input(4 * p + 2));
+        olo[p] = _mm_unpacklo_epi16(input(4 * p + 1), input(4 * p + 3));
+        ohi[p] = _mm_unpackhi_epi16(input(4 * p + 1), input(4 * p + 3));
+    }
+    auto pair = [&](int o, int k) {
+        return _mm_set1_epi32(static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k])) |
+                                                  (static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k + 2])) << 16)));
+    };
+#pragma GCC unroll 4
+    for (int o = 0; o < N / 2; ++o) {
+        const __m128i r = _mm_set1_epi32(Rnd);
+        __m128i ea = r, eb = r, oa = zero, ob = zero;
+#pragma GCC unroll 2
+        for (int p = 0; p < kPairs; ++p) {
+            if (4 * p < NIn) {
+                const __m128i ce = pair(o, 4 * p);
+                ea = _mm_add_epi32(ea, _mm_madd_epi16(elo[p], ce));
+                eb = _mm_add_epi32(eb, _mm_madd_epi16(ehi[p], ce));
+            }
+            if (4 * p + 1 < NIn) {
+                const __m128i co = pair(o, 4 * p + 1);
+                oa = _mm_add_epi32(oa, _mm_madd_epi16(olo[p], co));
+                ob = _mm_add_epi32(ob, _mm_madd_epi16(ohi[p], co));
+            }
+        }
+        out[o] = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(ea, oa), Shift),
+                                 _mm_srai_epi32(_mm_add_epi32(eb, ob), Shift));
+        if (Extra) {
+            const __m128i one = _mm_set1_epi32(1);
+            ea = _mm_add_epi32(ea, one);
+            eb = _mm_add_epi32(eb, one);
+        }
+        out[N - 1 - o] = _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(ea, oa), Shift),
+                                         _mm_srai_epi32(_mm_sub_epi32(eb, ob), Shift));
     }
 }
 
@@ -196,17 +260,17 @@ inline void inv_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s ds
     __m128i v[8], t[8], e[8];
     load_block<W, H>(pSrc, srcStep, v);
     transpose8(v, t);  // t[k]: column k of the coefficients, lane i = row i
-    pass<inv_mat<W>(), Span, W, 4, 3, false>(t, e);
+    inv_pass<W, Span, 4, 3, false>(t, e);
     for (int j = W; j < 8; ++j) e[j] = _mm_setzero_si128();
     transpose8(e, t);  // t[i]: row i of E
-    pass<inv_mat<H>(), H, H, 64, 7, H == 8>(t, v);
+    inv_pass<H, H, 64, 7, H == 8>(t, v);
     store_block<W, H>(pDst, dstStep, v);
 }
 
 template <int W, int H>
 void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, ZaniSize nz) {
     if (dc_only(nz)) {
-        const __m128i v = _mm_set1_epi16(static_cast<short>(dc_value<W, H>(pSrc[0])));
+        const __m128i v = _mm_set1_epi16(static_cast<short>(dc_value<W, H>(scalar::at(pSrc, srcStep, 0, 0))));
         for (int i = 0; i < H; ++i) {
             if (W == 8)
                 simd::store16(simd::row(pDst, dstStep, i), v);
@@ -245,10 +309,10 @@ void fwd_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) 
     __m128i v[8], t[8], e[8];
     load_block<W, H>(pSrc, srcStep, v);
     transpose8(v, t);  // t[j]: column j of the residuals
-    pass<fwd_mat<W>(), W, W, 4, 3, false>(t, e);
+    pass<fwd_mat<W>(), W, W, 4, 3>(t, e);
     for (int j = W; j < 8; ++j) e[j] = _mm_setzero_si128();
     transpose8(e, t);  // t[i]: row i of e
-    pass<fwd_mat<H>(), H, H, 32, 6, false>(t, v);
+    pass<fwd_mat<H>(), H, H, 32, 6>(t, v);
     for (int k = 0; k < H; ++k) v[k] = _mm_mulhrs_epi16(v[k], simd::load16a(kScaleRows<W, H>.q[k]));
     store_block<W, H>(pDst, dstStep, v);
 }
