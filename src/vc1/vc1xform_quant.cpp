@@ -104,16 +104,22 @@ struct Divider {
     }
 };
 
+// y with its lane 0 taken from x: the intra blocks' sample at (0, 0).
+inline __m128i keep_first(__m128i y, __m128i x) {
+    const __m128i first = _mm_cvtsi32_si128(0xFFFF);
+    return _mm_or_si128(_mm_andnot_si128(first, y), _mm_and_si128(first, x));
+}
+
 template <int W, int H, bool Intra, bool Nonuniform, int Kind>
 void quant_simd(Zan16s* p, Zan32s step, Zan32s d) {
     const Divider<Kind, Nonuniform> div(d);
-    Zan16s dc = 0;
-    if (Intra) dc = scalar::at(p, step, 0, 0);
     for (int i = 0; i < H; ++i) {
         Zan8u* r = simd::row(p, step, i);
-        store_row<W>(r, div(load_row<W>(r)));
+        const __m128i x = load_row<W>(r);
+        __m128i y = div(x);
+        if (Intra && i == 0) y = keep_first(y, x);
+        store_row<W>(r, y);
     }
-    if (Intra) scalar::put(p, step, 0, 0, dc);
 }
 
 template <int W, int H, bool Intra, bool Nonuniform>
@@ -122,21 +128,21 @@ ZaniSize quant_inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s
     const __m128i half = _mm_set1_epi16(static_cast<short>(d >> 1));
     const __m128i zero = _mm_setzero_si128();
     constexpr int kLanes = (1 << W) - 1;
-    Zan16s dc = 0;
-    if (Intra) dc = scalar::at(pSrc, srcStep, 0, 0);
     int columns = 0, lastRow = -1;
     for (int i = 0; i < H; ++i) {
         const __m128i x = load_row<W>(simd::row(pSrc, srcStep, i));
         __m128i y = _mm_mullo_epi16(x, dq);
         if (Nonuniform) y = _mm_add_epi16(y, _mm_sign_epi16(half, x));
-        store_row<W>(simd::row(pDst, dstStep, i), y);
-        // One bit per lane, set where the output is zero.
+        // One bit per lane, set where the output is not zero.
         int mask = ~_mm_movemask_epi8(_mm_packs_epi16(_mm_cmpeq_epi16(y, zero), zero)) & kLanes;
-        if (Intra && i == 0) mask &= ~1;
+        if (Intra && i == 0) {
+            y = keep_first(y, x);
+            mask &= ~1;
+        }
+        store_row<W>(simd::row(pDst, dstStep, i), y);
         columns |= mask;
         if (mask) lastRow = i;
     }
-    if (Intra) scalar::put(pDst, dstStep, 0, 0, dc);
     return ZaniSize{kReach.n[columns], lastRow + 1};
 }
 
