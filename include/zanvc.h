@@ -1259,6 +1259,99 @@ ZanStatus zaniFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const ZanDeblocki
 
 /* ==== vc1xform: VC-1 transforms and quantisation ==== */
 
+/* Blocks of Zan16s samples; every step is in bytes and is not checked (zero
+ * and negative steps are legal).  The 8x4 shape is 8 wide and 4 high, 4x8 is
+ * 4 wide and 8 high.  Only the block's own samples are read and written.
+ *
+ * Inverse transforms (the integer transforms of SMPTE 421M): a row pass
+ * E = sat16((D T_W + 4) >> 3), then a column pass
+ * R = sat16((T_H' E + C_H + 64) >> 7), where C_H adds 1 to rows 4..7 of an
+ * 8-high block; each pass saturates to the 16-bit range.  sizeNZ is the reach
+ * of the non-zero coefficients as the inverse quantisers report it:
+ * - width and height both below 2: only the coefficient at (0, 0) is read and
+ *   every output sample is ((((x * a + 4) >> 3) * b + 64) >> 7), a = 12 for
+ *   8-wide and 17 for 4-wide blocks, b = 12 for 8-high and 17 for 4-high ones
+ *   (the middle value is not saturated);
+ * - else width 2 or less: only columns 0..1 enter the row pass, the others
+ *   count as zero; width 4 or less in an 8-wide block: columns 0..3.
+ * Checks: a null pointer gives zanStsNullPtr (-8); nothing else is checked.
+ * Forward transforms: e = sat16((X T_W' + 4) >> 3) by rows,
+ * t = sat16((T_H e + 32) >> 6) by columns, and coefficient (k, l) is
+ * (t * q(k, l) + 16384) >> 15 with q(k, l) = round(2^34 / (|T_H row k|^2 *
+ * |T_W row l|^2)), the scale at which the inverse transform returns X up to
+ * rounding.  Checks: null pointer (-8) only.  In-place forms take one
+ * pointer for both. */
+ZanStatus zaniTransform8x8Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ);
+ZanStatus zaniTransform8x4Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ);
+ZanStatus zaniTransform4x8Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ);
+ZanStatus zaniTransform4x4Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ);
+ZanStatus zaniTransform8x8Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ);
+ZanStatus zaniTransform8x4Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ);
+ZanStatus zaniTransform4x8Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ);
+ZanStatus zaniTransform4x4Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ);
+ZanStatus zaniTransform8x8Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniTransform8x4Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniTransform4x8Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniTransform4x4Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep);
+ZanStatus zaniTransform8x8Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep);
+ZanStatus zaniTransform8x4Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep);
+ZanStatus zaniTransform4x8Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep);
+ZanStatus zaniTransform4x4Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep);
+
+/* Forward quantisers, in place.  doubleQuant d (2..62) divides through a
+ * reciprocal of one of three kinds, by d:
+ *   kind a: (hi(m x) >> s) + (x < 0);  kind b: (sat16(hi(m x) + x) >> s) + (x < 0);
+ *   kind c (d a power of two): (x + (x < 0 ? d - 1 : 0)) >> s;
+ * hi(v) = v >> 16 (arithmetic).  This equals x / d truncated toward zero for
+ * every 16-bit x except for some values when d is 19, 21, 27, 41 or 55, where
+ * the reciprocal's result stands.  Uniform forms divide x; non-uniform forms
+ * divide x - sign(x) * (d >> 1).  Intra forms treat an 8x8 block and leave
+ * the sample at (0, 0) as it is; inter forms treat a roiSize block (width and
+ * height each 4 or 8).
+ * Checks in order: null pointer (-8); d outside 2..62: zanStsOutOfRange
+ * (-11); inter forms: roiSize.height, then roiSize.width, other than 4 or 8:
+ * zanStsSizeBad (-6). */
+ZanStatus zaniQuantIntraUniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant);
+ZanStatus zaniQuantIntraNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant);
+ZanStatus zaniQuantInterUniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant,
+                                             ZaniSize roiSize);
+ZanStatus zaniQuantInterNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant,
+                                                ZaniSize roiSize);
+
+/* Inverse quantisers.  Uniform: y = x * d; non-uniform: y = x * d +
+ * sign(x) * (d >> 1) (zero stays zero); both kept to their low 16 bits
+ * (wrap-around).  d is not checked: any value is used as it stands.  Intra
+ * forms treat an 8x8 block and copy the sample at (0, 0) unchanged; inter
+ * forms treat a roiSize block.  *pDstSizeNZ receives the reach of the
+ * non-zero output samples: width = 1 + the last column holding one, height =
+ * 1 + the last row holding one, 0 and 0 when there is none; in the intra
+ * forms the sample at (0, 0) does not count.  This is the sizeNZ that the
+ * inverse transforms take.
+ * Checks in order: any null pointer (-8); inter forms: roiSize.height, then
+ * roiSize.width, other than 4 or 8 (-6).  In-place forms take one pointer
+ * for both. */
+ZanStatus zaniQuantInvIntraUniform_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                               Zan32s doubleQuant, ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvIntraNonuniform_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst,
+                                                  Zan32s dstStep, Zan32s doubleQuant, ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvIntraUniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant,
+                                                ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvIntraNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant,
+                                                   ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvInterUniform_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                               Zan32s doubleQuant, ZaniSize roiSize, ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvInterNonuniform_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst,
+                                                  Zan32s dstStep, Zan32s doubleQuant, ZaniSize roiSize,
+                                                  ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvInterUniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant,
+                                                ZaniSize roiSize, ZaniSize* pDstSizeNZ);
+ZanStatus zaniQuantInvInterNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, Zan32s doubleQuant,
+                                                   ZaniSize roiSize, ZaniSize* pDstSizeNZ);
+
 /* ==== end of vc1xform ==== */
 
 /* ==== coefdec: H.261, H.263 and MPEG-4 coefficient decoding ==== */

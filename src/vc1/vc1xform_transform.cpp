@@ -1,0 +1,414 @@
+// VC-1 integer transforms of the four block shapes, forward and inverse.
+//
+// Inverse, for a W x H block D of coefficients:
+//   E = sat16((D T_W + 4) >> 3)                      rows, W-point
+//   R = sat16((T_H' E + C_H + 64) >> 7)              columns, H-point
+// where C_8 adds 1 to the lower four output rows of the 8-point column pass
+// and C_4 is zero.  Each pass is exact in 32 bits and saturates its result to
+// the 16-bit range.  sizeNZ shortens the work: with both its width and height
+// below 2 only the DC counts, and every output sample is
+//   sat16((((x * t_W + 4) >> 3) * t_H + 64) >> 7),  t_8 = 12, t_4 = 17,
+// computed without saturating the middle value; with a width of 2 or less,
+// or 4 or less in the 8-wide forms, the columns beyond 2 or 4 are taken as
+// zero.
+//
+// Forward, for a W x H block X of residuals:
+//   e = sat16((X T_W' + 4) >> 3)                     rows
+//   t = sat16((T_H e + 32) >> 6)                     columns
+//   Y = (t * q + 2^14) >> 15                         q = forward_scale(W, H, k, l)
+// which brings the coefficients to the scale that the inverse expects.
+//
+// The vector kernels hold a block as eight rows of eight 16-bit lanes (4-wide
+// blocks use the low half, 4-high blocks the first four rows), transpose it,
+// run a pass as pmaddwd on pairs of rows into 32-bit sums, pack with
+// saturation, and transpose back for the other pass.  The inverse passes use
+// the even/odd symmetry of the basis functions to form two outputs from each
+// pair of sums, half the multiplies of the plain form.
+#include <algorithm>
+
+#include "common/scalar.h"
+#include "common/simd.h"
+#include "frame/bodies.h"
+#include "vc1/vc1xform.h"
+
+namespace zan::ZAN_PATH::vc1xform {
+
+using namespace zan::vc1xform;
+
+namespace {
+
+inline Zan32s sat16(Zan32s v) { return v < -32768 ? -32768 : v > 32767 ? 32767 : v; }
+
+// Columns of the coefficient block that enter the inverse row pass.
+template <int W>
+inline int span_of(ZaniSize nz) {
+    if (nz.width <= 2) return 2;
+    if (W == 8 && nz.width <= 4) return 4;
+    return W;
+}
+
+inline bool dc_only(ZaniSize nz) { return nz.width < 2 && nz.height < 2; }
+
+template <int W, int H>
+inline Zan32s dc_value(Zan32s x) {
+    constexpr Zan32s tw = W == 8 ? 12 : 17, th = H == 8 ? 12 : 17;
+    return sat16((((x * tw + 4) >> 3) * th + 64) >> 7);
+}
+
+// ============================================================ scalar rules
+
+template <int W, int H>
+void inv_rule(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, ZaniSize nz) {
+    using scalar::at;
+    using scalar::put;
+    if (dc_only(nz)) {
+        const Zan16s v = static_cast<Zan16s>(dc_value<W, H>(at(pSrc, srcStep, 0, 0)));
+        for (int i = 0; i < H; ++i)
+            for (int j = 0; j < W; ++j) put(pDst, dstStep, j, i, v);
+        return;
+    }
+    const int span = span_of<W>(nz);
+    Zan32s d[H][W], e[H][W];
+    for (int i = 0; i < H; ++i)
+        for (int j = 0; j < W; ++j) d[i][j] = j < span ? at(pSrc, srcStep, j, i) : 0;
+    for (int i = 0; i < H; ++i)
+        for (int j = 0; j < W; ++j) {
+            Zan32s s = 4;
+            for (int k = 0; k < W; ++k) s += d[i][k] * basis(W, k, j);
+            e[i][j] = sat16(s >> 3);
+        }
+    for (int i = 0; i < H; ++i)
+        for (int j = 0; j < W; ++j) {
+            Zan32s s = 64 + (H == 8 && i >= 4 ? 1 : 0);
+            for (int k = 0; k < H; ++k) s += basis(H, k, i) * e[k][j];
+            put(pDst, dstStep, j, i, static_cast<Zan16s>(sat16(s >> 7)));
+        }
+}
+
+template <int W, int H>
+void fwd_rule(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    using scalar::at;
+    Zan32s x[H][W], e[H][W];
+    for (int i = 0; i < H; ++i)
+        for (int j = 0; j < W; ++j) x[i][j] = at(pSrc, srcStep, j, i);
+    for (int i = 0; i < H; ++i)
+        for (int l = 0; l < W; ++l) {
+            Zan32s s = 4;
+            for (int j = 0; j < W; ++j) s += x[i][j] * basis(W, l, j);
+            e[i][l] = sat16(s >> 3);
+        }
+    for (int k = 0; k < H; ++k)
+        for (int l = 0; l < W; ++l) {
+            Zan32s s = 32;
+            for (int i = 0; i < H; ++i) s += basis(H, k, i) * e[i][l];
+            const Zan32s t = sat16(s >> 6);
+            const Zan32s y = (t * forward_scale(W, H, k, l) + (1 << 14)) >> 15;
+            scalar::put(pDst, dstStep, l, k, static_cast<Zan16s>(y));
+        }
+}
+
+// ========================================================== vector kernels
+
+// An 8x8 matrix of 16-bit factors for one pass: out[o] = sum_i c[o][i] in[i].
+struct Mat {
+    Zan16s c[8][8];
+};
+constexpr Mat make_mat(int n, bool transposed) {
+    Mat m{};
+    for (int o = 0; o < n; ++o)
+        for (int i = 0; i < n; ++i) m.c[o][i] = static_cast<Zan16s>(transposed ? basis(n, i, o) : basis(n, o, i));
+    return m;
+}
+constexpr Mat kFwd8 = make_mat(8, false), kFwd4 = make_mat(4, false);  // c[o][i] = T[o][i]
+constexpr Mat kInv8 = make_mat(8, true), kInv4 = make_mat(4, true);    // c[o][k] = T[k][o]
+template <int N>
+constexpr const Mat& fwd_mat() { return N == 8 ? kFwd8 : kFwd4; }
+template <int N>
+constexpr const Mat& inv_mat() { return N == 8 ? kInv8 : kInv4; }
+
+// Pair (c[o][2p], c[o][2p+1]) as the 32-bit lane pattern of pmaddwd.
+constexpr Zan32s pair_of(const Mat& m, int o, int p) {
+    return static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(m.c[o][2 * p])) |
+                               (static_cast<Zan32u>(static_cast<Zan16u>(m.c[o][2 * p + 1])) << 16));
+}
+
+// One pass over NIn input vectors (NIn even) giving NOut outputs:
+// out[o] = sat16((sum_i M[o][i] in[i] + Rnd) >> Shift).  The forward passes.
+template <const Mat& M, int NIn, int NOut, int Rnd, int Shift>
+inline void pass(const __m128i* in, __m128i* out) {
+    __m128i lo[4], hi[4];
+#pragma GCC unroll 4
+    for (int p = 0; p < NIn / 2; ++p) {
+        lo[p] = _mm_unpacklo_epi16(in[2 * p], in[2 * p + 1]);
+        hi[p] = _mm_unpackhi_epi16(in[2 * p], in[2 * p + 1]);
+    }
+#pragma GCC unroll 8
+    for (int o = 0; o < NOut; ++o) {
+        const __m128i r = _mm_set1_epi32(Rnd);
+        __m128i a = r, b = r;
+#pragma GCC unroll 4
+        for (int p = 0; p < NIn / 2; ++p) {
+            const __m128i c = _mm_set1_epi32(pair_of(M, o, p));
+            a = _mm_add_epi32(a, _mm_madd_epi16(lo[p], c));
+            b = _mm_add_epi32(b, _mm_madd_epi16(hi[p], c));
+        }
+        out[o] = _mm_packs_epi32(_mm_srai_epi32(a, Shift), _mm_srai_epi32(b, Shift));
+    }
+}
+
+// Basis function k of both matrices is even for even k and odd for odd k:
+// T[k][N-1-i] = (-1)^k T[k][i].
+constexpr bool symmetric(int n) {
+    for (int k = 0; k < n; ++k)
+        for (int i = 0; i < n; ++i)
+            if (basis(n, k, n - 1 - i) != (k % 2 ? -basis(n, k, i) : basis(n, k, i))) return false;
+    return true;
+}
+static_assert(symmetric(8) && symmetric(4));
+
+// The inverse pass out[o] = sat16((sum_k T[k][o] in[k] + Rnd + (Extra && o >= 4))
+// >> Shift) over N outputs, split by that symmetry: with ev(o) the sum over
+// even k and od(o) over odd k, out[o] = ev + od and out[N-1-o] = ev - od.
+// Inputs from NIn on are zero and left out.
+template <int N, int NIn, int Rnd, int Shift, bool Extra>
+inline void inv_pass(const __m128i* in, __m128i* out) {
+    const Mat& M = inv_mat<N>();
+    // Pairs (k, k + 2): even pairs start at 0, 4; odd pairs at 1, 5.
+    constexpr int kPairs = N / 4;
+    __m128i elo[2], ehi[2], olo[2], ohi[2];
+    const __m128i zero = _mm_setzero_si128();
+    auto input = [&](int k) { return k < NIn ? in[k] : zero; };
+#pragma GCC unroll 2
+    for (int p = 0; p < kPairs; ++p) {
+        elo[p] = _mm_unpacklo_epi16(input(4 * p), input(4 * p + 2));
+        ehi[p] = _mm_unpackhi_epi16(input(4 * p), input(4 * p + 2));
+        olo[p] = _mm_unpacklo_epi16(input(4 * p + 1), input(4 * p + 3));
+        ohi[p] = _mm_unpackhi_epi16(input(4 * p + 1), input(4 * p + 3));
+    }
+    auto pair = [&](int o, int k) {
+        return _mm_set1_epi32(static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k])) |
+                                                  (static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k + 2])) << 16)));
+    };
+#pragma GCC unroll 4
+    for (int o = 0; o < N / 2; ++o) {
+        const __m128i r = _mm_set1_epi32(Rnd);
+        __m128i ea = r, eb = r, oa = zero, ob = zero;
+#pragma GCC unroll 2
+        for (int p = 0; p < kPairs; ++p) {
+            if (4 * p < NIn) {
+                const __m128i ce = pair(o, 4 * p);
+                ea = _mm_add_epi32(ea, _mm_madd_epi16(elo[p], ce));
+                eb = _mm_add_epi32(eb, _mm_madd_epi16(ehi[p], ce));
+            }
+            if (4 * p + 1 < NIn) {
+                const __m128i co = pair(o, 4 * p + 1);
+                oa = _mm_add_epi32(oa, _mm_madd_epi16(olo[p], co));
+                ob = _mm_add_epi32(ob, _mm_madd_epi16(ohi[p], co));
+            }
+        }
+        out[o] = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(ea, oa), Shift),
+                                 _mm_srai_epi32(_mm_add_epi32(eb, ob), Shift));
+        if (Extra) {
+            const __m128i one = _mm_set1_epi32(1);
+            ea = _mm_add_epi32(ea, one);
+            eb = _mm_add_epi32(eb, one);
+        }
+        out[N - 1 - o] = _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(ea, oa), Shift),
+                                         _mm_srai_epi32(_mm_sub_epi32(eb, ob), Shift));
+    }
+}
+
+// 8x8 transpose of 16-bit lanes.
+inline void transpose8(const __m128i* v, __m128i* t) {
+    __m128i a0 = _mm_unpacklo_epi16(v[0], v[1]), a1 = _mm_unpackhi_epi16(v[0], v[1]);
+    __m128i a2 = _mm_unpacklo_epi16(v[2], v[3]), a3 = _mm_unpackhi_epi16(v[2], v[3]);
+    __m128i a4 = _mm_unpacklo_epi16(v[4], v[5]), a5 = _mm_unpackhi_epi16(v[4], v[5]);
+    __m128i a6 = _mm_unpacklo_epi16(v[6], v[7]), a7 = _mm_unpackhi_epi16(v[6], v[7]);
+    __m128i b0 = _mm_unpacklo_epi32(a0, a2), b1 = _mm_unpackhi_epi32(a0, a2);
+    __m128i b2 = _mm_unpacklo_epi32(a1, a3), b3 = _mm_unpackhi_epi32(a1, a3);
+    __m128i b4 = _mm_unpacklo_epi32(a4, a6), b5 = _mm_unpackhi_epi32(a4, a6);
+    __m128i b6 = _mm_unpacklo_epi32(a5, a7), b7 = _mm_unpackhi_epi32(a5, a7);
+    t[0] = _mm_unpacklo_epi64(b0, b4);
+    t[1] = _mm_unpackhi_epi64(b0, b4);
+    t[2] = _mm_unpacklo_epi64(b1, b5);
+    t[3] = _mm_unpackhi_epi64(b1, b5);
+    t[4] = _mm_unpacklo_epi64(b2, b6);
+    t[5] = _mm_unpackhi_epi64(b2, b6);
+    t[6] = _mm_unpacklo_epi64(b3, b7);
+    t[7] = _mm_unpackhi_epi64(b3, b7);
+}
+
+// The block's H rows into v[0..7] (rows beyond H zero, 4-wide rows in the
+// low half), and back.
+template <int W, int H>
+inline void load_block(const Zan16s* p, Zan32s step, __m128i* v) {
+    for (int i = 0; i < 8; ++i)
+        v[i] = i >= H ? _mm_setzero_si128() : W == 8 ? simd::load16(simd::row(p, step, i)) : simd::load8(simd::row(p, step, i));
+}
+template <int W, int H>
+inline void store_block(Zan16s* p, Zan32s step, const __m128i* v) {
+    for (int i = 0; i < H; ++i) {
+        if (W == 8)
+            simd::store16(simd::row(p, step, i), v[i]);
+        else
+            simd::store8(simd::row(p, step, i), v[i]);
+    }
+}
+
+template <int W, int H, int Span>
+inline void inv_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    __m128i v[8], t[8], e[8];
+    load_block<W, H>(pSrc, srcStep, v);
+    transpose8(v, t);  // t[k]: column k of the coefficients, lane i = row i
+    inv_pass<W, Span, 4, 3, false>(t, e);
+    for (int j = W; j < 8; ++j) e[j] = _mm_setzero_si128();
+    transpose8(e, t);  // t[i]: row i of E
+    inv_pass<H, H, 64, 7, H == 8>(t, v);
+    store_block<W, H>(pDst, dstStep, v);
+}
+
+template <int W, int H>
+void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, ZaniSize nz) {
+    if (dc_only(nz)) {
+        const __m128i v = _mm_set1_epi16(static_cast<short>(dc_value<W, H>(scalar::at(pSrc, srcStep, 0, 0))));
+        for (int i = 0; i < H; ++i) {
+            if (W == 8)
+                simd::store16(simd::row(pDst, dstStep, i), v);
+            else
+                simd::store8(simd::row(pDst, dstStep, i), v);
+        }
+        return;
+    }
+    switch (span_of<W>(nz)) {
+        case 2:
+            inv_body<W, H, 2>(pSrc, srcStep, pDst, dstStep);
+            break;
+        case 4:
+            inv_body<W, H, 4>(pSrc, srcStep, pDst, dstStep);
+            break;
+        default:
+            inv_body<W, H, W>(pSrc, srcStep, pDst, dstStep);
+            break;
+    }
+}
+
+// The forward scale factors, one row of eight lanes per coefficient row.
+template <int W, int H>
+struct ScaleRows {
+    Zan16s q[8][8];
+    constexpr ScaleRows() : q{} {
+        for (int k = 0; k < H; ++k)
+            for (int l = 0; l < W; ++l) q[k][l] = static_cast<Zan16s>(forward_scale(W, H, k, l));
+    }
+};
+template <int W, int H>
+alignas(16) constexpr ScaleRows<W, H> kScaleRows{};
+
+template <int W, int H>
+void fwd_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    __m128i v[8], t[8], e[8];
+    load_block<W, H>(pSrc, srcStep, v);
+    transpose8(v, t);  // t[j]: column j of the residuals
+    pass<fwd_mat<W>(), W, W, 4, 3>(t, e);
+    for (int j = W; j < 8; ++j) e[j] = _mm_setzero_si128();
+    transpose8(e, t);  // t[i]: row i of e
+    pass<fwd_mat<H>(), H, H, 32, 6>(t, v);
+    for (int k = 0; k < H; ++k) v[k] = _mm_mulhrs_epi16(v[k], simd::load16a(kScaleRows<W, H>.q[k]));
+    store_block<W, H>(pDst, dstStep, v);
+}
+
+// ============================================================= catalogue
+
+constexpr KernelPair<InvFn> kInvPairs[] = {
+    {"inv8x8", inv_rule<8, 8>, inv_simd<8, 8>, 8, 8, 0},
+    {"inv8x4", inv_rule<8, 4>, inv_simd<8, 4>, 8, 4, 0},
+    {"inv4x8", inv_rule<4, 8>, inv_simd<4, 8>, 4, 8, 0},
+    {"inv4x4", inv_rule<4, 4>, inv_simd<4, 4>, 4, 4, 0},
+};
+constexpr KernelPair<FwdFn> kFwdPairs[] = {
+    {"fwd8x8", fwd_rule<8, 8>, fwd_simd<8, 8>, 8, 8, 0},
+    {"fwd8x4", fwd_rule<8, 4>, fwd_simd<8, 4>, 8, 4, 0},
+    {"fwd4x8", fwd_rule<4, 8>, fwd_simd<4, 8>, 4, 8, 0},
+    {"fwd4x4", fwd_rule<4, 4>, fwd_simd<4, 4>, 4, 4, 0},
+};
+
+}  // namespace
+
+const TransformKernels transform_kernels = {kInvPairs, kFwdPairs};
+
+}  // namespace zan::ZAN_PATH::vc1xform
+
+// ============================================================== wrappers
+
+namespace zan::ZAN_PATH {
+
+namespace {
+template <int W, int H>
+inline ZanStatus inverse(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, ZaniSize sizeNZ) {
+    if (!pSrc || !pDst) return zanStsNullPtr;
+    vc1xform::inv_simd<W, H>(pSrc, srcStep, pDst, dstStep, sizeNZ);
+    return zanStsOk;
+}
+template <int W, int H>
+inline ZanStatus forward(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    if (!pSrc || !pDst) return zanStsNullPtr;
+    vc1xform::fwd_simd<W, H>(pSrc, srcStep, pDst, dstStep);
+    return zanStsOk;
+}
+}  // namespace
+
+ZanStatus zaniTransform8x8Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ) {
+    return inverse<8, 8>(pSrc, srcStep, pDst, dstStep, sizeNZ);
+}
+ZanStatus zaniTransform8x4Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ) {
+    return inverse<8, 4>(pSrc, srcStep, pDst, dstStep, sizeNZ);
+}
+ZanStatus zaniTransform4x8Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ) {
+    return inverse<4, 8>(pSrc, srcStep, pDst, dstStep, sizeNZ);
+}
+ZanStatus zaniTransform4x4Inv_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep,
+                                          ZaniSize sizeNZ) {
+    return inverse<4, 4>(pSrc, srcStep, pDst, dstStep, sizeNZ);
+}
+ZanStatus zaniTransform8x8Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ) {
+    return inverse<8, 8>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, sizeNZ);
+}
+ZanStatus zaniTransform8x4Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ) {
+    return inverse<8, 4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, sizeNZ);
+}
+ZanStatus zaniTransform4x8Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ) {
+    return inverse<4, 8>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, sizeNZ);
+}
+ZanStatus zaniTransform4x4Inv_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep, ZaniSize sizeNZ) {
+    return inverse<4, 4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, sizeNZ);
+}
+
+ZanStatus zaniTransform8x8Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    return forward<8, 8>(pSrc, srcStep, pDst, dstStep);
+}
+ZanStatus zaniTransform8x4Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    return forward<8, 4>(pSrc, srcStep, pDst, dstStep);
+}
+ZanStatus zaniTransform4x8Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    return forward<4, 8>(pSrc, srcStep, pDst, dstStep);
+}
+ZanStatus zaniTransform4x4Fwd_VC1_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    return forward<4, 4>(pSrc, srcStep, pDst, dstStep);
+}
+ZanStatus zaniTransform8x8Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep) {
+    return forward<8, 8>(pSrcDst, srcDstStep, pSrcDst, srcDstStep);
+}
+ZanStatus zaniTransform8x4Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep) {
+    return forward<8, 4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep);
+}
+ZanStatus zaniTransform4x8Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep) {
+    return forward<4, 8>(pSrcDst, srcDstStep, pSrcDst, srcDstStep);
+}
+ZanStatus zaniTransform4x4Fwd_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDstStep) {
+    return forward<4, 4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep);
+}
+
+}  // namespace zan::ZAN_PATH
