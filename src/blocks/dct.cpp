@@ -20,7 +20,7 @@ using scalar::put;
 constexpr Mat8 kAanPass2 = inverse8(kCosQ16, kCosQ16[4]);
 constexpr Zan32s kAanRound = 0x28000 << 2;  // 0x28000 at 2^18, two fraction bits more
 constexpr int kAanShift = 20;
-constexpr Mat8 kPlainInv = inverse8(kCosQ15, kCosQ15[4]);
+constexpr Mat8 kPlainInv = inverse8(kCosQ16r, kCosQ16r[4]);
 constexpr Mat8 kPlainFwd = forward8(kCosQ15, kCosQ15[4]);
 
 // Odd half of pass 1: O_x = sum over i of sign * a_(2i+1) * g[|k|], k = kOdd[x][i].
@@ -120,9 +120,9 @@ void plain_inv_values(const Zan16s* src, Block& out) {
     for (int i = 0; i < 8; ++i)
         for (int j = 0; j < 8; ++j) in[i][j] = src[8 * i + j];
     transpose_rule(in);  // in[u][v]
-    mat_rule(kPlainInv, in, t, 1 << 10, 11);  // t[x][v], 32 times the 1-D values
+    mat_rule(kPlainInv, in, t, 1 << 11, 12);  // t[x][v], 32 times the 1-D values
     transpose_rule(t);
-    mat_rule(kPlainInv, t, out, 1 << 20, 21);
+    mat_rule(kPlainInv, t, out, 1 << 21, 22);
 }
 
 void plain_inv_rule(const Zan16s* src, Zan8u* dst, Zan32s step) {
@@ -294,9 +294,9 @@ __attribute__((always_inline)) inline void plain_inv_block(const Zan16s* src, __
     __m128i in[8], t[8];
     load_block(src, in);
     transpose8x8(in);
-    inv8_pass<kPlainInv, 8, 11>(in, t, 1 << 10);
+    inv8_pass<kPlainInv, 8, 12>(in, t, 1 << 11);
     transpose8x8(t);
-    inv8_pass<kPlainInv, 8, 21>(t, o, 1 << 20);
+    inv8_pass<kPlainInv, 8, 22>(t, o, 1 << 21);
 }
 
 void plain_inv_simd(const Zan16s* src, Zan8u* dst, Zan32s step) {

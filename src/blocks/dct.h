@@ -32,9 +32,10 @@
 // the whole block.
 //
 // The plain 8x8 transforms (normal layout: pSrc[8 * v + u]) keep more
-// precision: both passes sum exact 32-bit products of Q15 constants
-// c(k) cos(...) (pmaddwd), pass 1 keeps five fraction bits (inverse) or
-// four (forward) in 16 bits, saturating, and pass 2 rounds half up.
+// precision: both passes sum exact 32-bit products of constants
+// c(k) cos(...) (pmaddwd; Q16 rounded to nearest in the inverse, Q15 in the
+// forward), pass 1 keeps five fraction bits (inverse) or four (forward) of
+// the 1-D values in 16 bits, saturating, and each pass rounds half up.
 //
 // DV 2-4-8 transforms (field blocks): rows 0-3 of the coefficient block hold
 // the 4x8 transform of the sums of the two fields' lines (line 2z + line

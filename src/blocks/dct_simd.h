@@ -27,6 +27,8 @@ namespace zan::ZAN_PATH::dct {
 // round(2^n cos(k pi / 16)) for k = 0..8 (Q16 is the table g, whose entries
 // are as given, some truncated).
 inline constexpr Zan32s kCosQ16[9] = {65536, 64276, 60547, 54491, 46340, 36409, 25079, 12785, 0};
+// round(65536 cos(k pi / 16)), all rounded to nearest.
+inline constexpr Zan32s kCosQ16r[9] = {65536, 64277, 60547, 54491, 46341, 36410, 25080, 12785, 0};
 inline constexpr Zan32s kCosQ15[9] = {32768, 32138, 30274, 27246, 23170, 18205, 12540, 6393, 0};
 inline constexpr Zan32s kCosQ14[9] = {16384, 16069, 15137, 13623, 11585, 9102, 6270, 3196, 0};
 
