@@ -119,6 +119,7 @@ void inv_simd(Zan16s* p) {
 
 void inv4x4_simd(Zan16s* p) {
     __m128i c[8], t[8];
+#pragma GCC unroll 4
     for (int v = 0; v < 4; ++v) c[v] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 8 * v));
     mat_pass<kInv4, 4, 4, 11>(c, t, 1 << 10);
     for (int i = 4; i < 8; ++i) t[i] = _mm_setzero_si128();
@@ -126,6 +127,7 @@ void inv4x4_simd(Zan16s* p) {
     mat_pass<kInv4, 4, 4, 21>(t, c, 1 << 20);
     for (int i = 4; i < 8; ++i) c[i] = _mm_setzero_si128();
     transpose8x4(c);
+#pragma GCC unroll 4
     for (int z = 0; z < 4; ++z) _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 4 * z), c[z]);
 }
 

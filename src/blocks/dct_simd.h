@@ -235,9 +235,11 @@ __attribute__((always_inline)) inline void inv8_pass(const __m128i* in, __m128i*
 }
 
 inline void load_block(const Zan16s* p, __m128i (&r)[8]) {
+#pragma GCC unroll 8
     for (int i = 0; i < 8; ++i) r[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 8 * i));
 }
 inline void store_block(Zan16s* p, const __m128i (&r)[8]) {
+#pragma GCC unroll 8
     for (int i = 0; i < 8; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8 * i), r[i]);
 }
 

@@ -113,6 +113,7 @@ inline __m128i lane_index(int o) { return _mm_add_epi16(_mm_set1_epi16(static_ca
 template <int S>
 void scan_fwd_block(const Zan16s* src, Zan16s* dst, Zan32s countNonZero) {
     __m128i in[8], out[8];
+#pragma GCC unroll 8
     for (int r = 0; r < 8; ++r) in[r] = simd::load16(src + 8 * r);
     gather<kFwdGather[S]>(in, out);
     if (countNonZero < 20) {
@@ -120,6 +121,7 @@ void scan_fwd_block(const Zan16s* src, Zan16s* dst, Zan32s countNonZero) {
         // the (countNonZero+1)-th of them.
         const __m128i z = _mm_setzero_si128();
         std::uint64_t nz = 0;
+#pragma GCC unroll 4
         for (int o = 0; o < 8; o += 2) {
             __m128i zero = _mm_packs_epi16(_mm_cmpeq_epi16(out[o], z), _mm_cmpeq_epi16(out[o + 1], z));
             nz |= static_cast<std::uint64_t>(static_cast<Zan16u>(~_mm_movemask_epi8(zero))) << (8 * o);
@@ -127,9 +129,11 @@ void scan_fwd_block(const Zan16s* src, Zan16s* dst, Zan32s countNonZero) {
         for (Zan32s i = 0; i < countNonZero && nz; ++i) nz &= nz - 1;
         if (nz) {
             __m128i end = _mm_set1_epi16(static_cast<short>(__builtin_ctzll(nz)));
+#pragma GCC unroll 8
             for (int o = 0; o < 8; ++o) out[o] = _mm_and_si128(out[o], _mm_cmpgt_epi16(end, lane_index(o)));
         }
     }
+#pragma GCC unroll 8
     for (int o = 0; o < 8; ++o) simd::store16(dst + 8 * o, out[o]);
 }
 
@@ -137,8 +141,10 @@ template <int S>
 void scan_inv_block(const Zan16s* src, Zan16s* dst, Zan32s lastIndex) {
     __m128i in[8], out[8];
     const __m128i end = _mm_set1_epi16(static_cast<short>(lastIndex + 1));
+#pragma GCC unroll 8
     for (int r = 0; r < 8; ++r) in[r] = _mm_and_si128(simd::load16(src + 8 * r), _mm_cmpgt_epi16(end, lane_index(r)));
     gather<kInvGather[S]>(in, out);
+#pragma GCC unroll 8
     for (int o = 0; o < 8; ++o) simd::store16(dst + 8 * o, out[o]);
 }
 
