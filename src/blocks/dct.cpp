@@ -39,8 +39,15 @@ inline Zan32s clamp(Zan32s v, Zan32s lo, Zan32s hi) { return v < lo ? lo : v > h
 
 // ============================================================ scalar rules
 
-// (2b * g[k] + 0x8000) >> 16 with b the doubled coefficient: one rounded product.
-inline Zan16s aan_product(Zan16s b, int k) { return wrap16((b * kCosQ16[k] + 0x4000) >> 15); }
+// One rounded product (a g[k] + 0x8000) >> 16 of a = 4 * coefficient and a
+// cosine: (b g + 0x4000) >> 15 with b = wrap16(2 * coefficient); for the even
+// cosines g1 and g4 it is taken as (a (g / 2) + 0x4000) >> 15 with
+// a = wrap16(2 * b), the same value unless a wraps.
+inline Zan16s aan_product(Zan16s b, int k) {
+    Zan32s g = kCosQ16[k];
+    if (g % 2 == 0) return wrap16((wrap16(2 * b) * (g / 2) + 0x4000) >> 15);
+    return wrap16((b * g + 0x4000) >> 15);
+}
 
 // The whole transposed inverse of src (all 64 coefficients), before the
 // output saturation.
@@ -190,9 +197,11 @@ __attribute__((always_inline)) inline void aan_pass1(const Zan16s* src, __m128i 
         b[u] = _mm_add_epi16(x, x);
         bb[u] = _mm_add_epi16(b[u], b[u]);
     }
-    // (b g + 0x4000) >> 15: pmulhrsw, with g - 65536 and 2b added back for g above 32767.
+    // (b g + 0x4000) >> 15: pmulhrsw, with g - 65536 and 2b added back for
+    // g above 32767; an even g as g / 2 times 2b.
     auto prod = [&](int u, int k) {
         Zan32s g = kCosQ16[k];
+        if (g % 2 == 0) return _mm_mulhrs_epi16(bb[u], _mm_set1_epi16(static_cast<short>(g / 2)));
         if (g < 32768) return _mm_mulhrs_epi16(b[u], _mm_set1_epi16(static_cast<short>(g)));
         return _mm_add_epi16(_mm_mulhrs_epi16(b[u], _mm_set1_epi16(static_cast<short>(g - 65536))), bb[u]);
     };
@@ -224,6 +233,58 @@ __attribute__((always_inline)) inline void aan_pass1(const Zan16s* src, __m128i 
     }
 }
 
+// Pass 2 of the transposed inverse: inv8_pass with kAanPass2, arranged for
+// these constants: the even part shares p0 +- p4 and m, n, g4 = 2 * 23170
+// needs no correction, and the corrections for constants above 32767 are
+// added to m, n and each odd sum rather than to every output.  N inputs
+// (4 or 8; the rest zero).
+template <int N>
+__attribute__((always_inline)) inline void aan_pass2(const __m128i* t, __m128i* out) {
+    const __m128i z = _mm_setzero_si128(), r = _mm_set1_epi32(kAanRound);
+    constexpr Zan32s g2 = kCosQ16[2], g6 = kCosQ16[6], c4 = kCosQ16[4] / 2;
+    static_assert(kCosQ16[4] % 2 == 0 && g6 < 32768 && hi16(g2) == 1 && hi16(-g2) == -1);
+    __m128i t4 = N == 8 ? t[4] : z, t6 = N == 8 ? t[6] : z;
+    __m128i p04[2] = {_mm_unpacklo_epi16(t[0], t4), _mm_unpackhi_epi16(t[0], t4)};
+    __m128i p26[2] = {_mm_unpacklo_epi16(t[2], t6), _mm_unpackhi_epi16(t[2], t6)};
+    __m128i e[4][2];
+#pragma GCC unroll 2
+    for (int h = 0; h < 2; ++h) {
+        __m128i a = _mm_add_epi32(_mm_slli_epi32(_mm_madd_epi16(p04[h], pair_const(c4, c4)), 1), r);
+        __m128i b = N == 8 ? _mm_add_epi32(_mm_slli_epi32(_mm_madd_epi16(p04[h], pair_const(c4, -c4)), 1), r) : a;
+        __m128i m = _mm_madd_epi16(p26[h], pair_const(g2, g6));   // T2 g2 + T6 g6 - 65536 T2
+        __m128i n = _mm_madd_epi16(p26[h], pair_const(g6, -g2));  // T2 g6 - T6 g2 + 65536 T6
+        __m128i c2 = h ? _mm_unpackhi_epi16(z, t[2]) : _mm_unpacklo_epi16(z, t[2]);
+        m = _mm_add_epi32(m, c2);
+        if constexpr (N == 8) n = _mm_sub_epi32(n, h ? _mm_unpackhi_epi16(z, t6) : _mm_unpacklo_epi16(z, t6));
+        e[0][h] = _mm_add_epi32(a, m);
+        e[3][h] = _mm_sub_epi32(a, m);
+        e[1][h] = _mm_add_epi32(b, n);
+        e[2][h] = _mm_sub_epi32(b, n);
+    }
+    __m128i t5 = N == 8 ? t[5] : z, t7 = N == 8 ? t[7] : z;
+    __m128i p13[2] = {_mm_unpacklo_epi16(t[1], t[3]), _mm_unpackhi_epi16(t[1], t[3])};
+    __m128i p57[2] = {_mm_unpacklo_epi16(t5, t7), _mm_unpackhi_epi16(t5, t7)};
+#pragma GCC unroll 4
+    for (int y = 0; y < 4; ++y) {
+        Zan32s h[N] = {};
+        for (int v = 1; v < N; v += 2) h[v] = hi16(kAanPass2.m[y][v]);
+        __m128i c;
+        bool any = signed_sum(h, t, c);
+        __m128i o[2];
+#pragma GCC unroll 2
+        for (int hh = 0; hh < 2; ++hh) {
+            o[hh] = _mm_madd_epi16(p13[hh], pair_const(kAanPass2.m[y][1], kAanPass2.m[y][3]));
+            if constexpr (N == 8)
+                o[hh] = _mm_add_epi32(o[hh], _mm_madd_epi16(p57[hh], pair_const(kAanPass2.m[y][5], kAanPass2.m[y][7])));
+        }
+        if (any) add_high(o[0], o[1], c);
+        out[y] = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(e[y][0], o[0]), kAanShift),
+                                 _mm_srai_epi32(_mm_add_epi32(e[y][1], o[1]), kAanShift));
+        out[7 - y] = _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(e[y][0], o[0]), kAanShift),
+                                     _mm_srai_epi32(_mm_sub_epi32(e[y][1], o[1]), kAanShift));
+    }
+}
+
 // One block's rows as 16-bit values (unsaturated beyond int16), by class.
 template <int C>
 __attribute__((always_inline)) inline void aan_block(const Zan16s* src, __m128i (&o)[8]) {
@@ -237,11 +298,11 @@ __attribute__((always_inline)) inline void aan_block(const Zan16s* src, __m128i 
         if constexpr (C == k4x4) {
             aan_pass1<4>(src, t);
             transpose8x4(t);
-            inv8_pass<kAanPass2, 4, kAanShift>(t, o, kAanRound);
+            aan_pass2<4>(t, o);
         } else {
             aan_pass1<8>(src, t);
             transpose8x8(t);
-            inv8_pass<kAanPass2, 8, kAanShift>(t, o, kAanRound);
+            aan_pass2<8>(t, o);
         }
     }
 }
