@@ -13,8 +13,10 @@
 //   inverse for each vertical frequency).  Every coefficient is scaled by 4
 //   (two fraction bits; b = wrap16(2 * coefficient), a = 2 * b) and every
 //   product a * g[k] is rounded by (a * g[k] + 0x8000) >> 16, which equals
-//   (b * g[k] + 0x4000) >> 15 and is exactly what pmulhrsw gives.  The sums
-//   wrap at 16 bits (paddw).  The butterfly: p0 = a0 g4, p4 = a4 g4,
+//   (b * g[k] + 0x4000) >> 15 and is exactly what pmulhrsw gives (for the
+//   even g1 and g4 it is taken as (wrap16(a) * g / 2 + 0x4000) >> 15, the
+//   same unless a coefficient of 8192 or more wraps).  The sums wrap at 16
+//   bits (paddw).  The butterfly: p0 = a0 g4, p4 = a4 g4,
 //   m = a2 g2 + a6 g6, n = a2 g6 - a6 g2, E0,3 = p0 + p4 +- m,
 //   E1,2 = p0 - p4 +- n, and each odd sum Ox = sum over odd u of a_u times
 //   +-g of cos((2x+1) u pi / 16) as its own four rounded products;

@@ -139,6 +139,16 @@ void scan_fwd_block(const Zan16s* src, Zan16s* dst, Zan32s countNonZero) {
 
 template <int S>
 void scan_inv_block(const Zan16s* src, Zan16s* dst, Zan32s lastIndex) {
+    if (lastIndex < 16) {
+        // Few values: clear with vector stores and place them one by one.
+        constexpr const Zan8u* table = S == 1 ? ownvc_AltScanV : S == 2 ? ownvc_AltScanH : ownvc_Zigzag;
+        Zan16s dc = src[0];
+#pragma GCC unroll 8
+        for (int o = 0; o < 8; ++o) simd::store16(dst + 8 * o, _mm_setzero_si128());
+        dst[0] = dc;
+        for (Zan32s k = 1; k <= lastIndex; ++k) dst[table[k]] = src[k];
+        return;
+    }
     __m128i in[8], out[8];
     const __m128i end = _mm_set1_epi16(static_cast<short>(lastIndex + 1));
 #pragma GCC unroll 8
