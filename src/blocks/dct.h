@@ -43,9 +43,10 @@
 // the 4x8 transform of the sums of the two fields' lines (line 2z + line
 // 2z+1), rows 4-7 that of their differences; the vertical 4-point and
 // horizontal 8-point weights are C(k) cos(...), C(0) = 1/(2 sqrt 2),
-// C(k) = 1/2.  Each pass sums exact 32-bit products (Q16 constants in the
-// forward, Q15 in the inverse) and rounds half up; the intermediate keeps
-// four (forward) or five (inverse) fraction bits in 16 bits, saturating.
+// C(k) = 1/2.  Each pass sums exact 32-bit products of the constants
+// C(k) cos(...) at Q16 (all below 32768) and rounds half up; the
+// intermediate keeps four (forward) or five (inverses) fraction bits in 16
+// bits, saturating.
 // The reduction to 4x4 keeps the sum rows and the four lowest horizontal
 // frequencies: each result is the mean of a 2x2 group of the full-size
 // block, as the 4-point inverses give it; it writes 16 samples, 4 per row,

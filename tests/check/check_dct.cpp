@@ -8,6 +8,7 @@
 // with guard bands around them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
@@ -135,6 +136,47 @@ TEST(CheckDct, TransposedInverseToPlane) {
             e.rule(src.p, want.origin(), o.step, count);
             e.simd(src.p, got.origin(), o.step, count);
             ASSERT_TRUE(want.same_as(got)) << WHERE(e.name, d) << " count " << count << " kind " << d % 7;
+        }
+}
+
+// Every count from -2 to 66 on every kind of block, for the plane forms and
+// for the interleaved forms with the two counts running opposite ways.
+TEST(CheckDct, TransposedInverseEveryCount) {
+    Rng rng(28);
+    const auto& t = transforms();
+    for (int kind = 0; kind < 7; ++kind)
+        for (Zan32s count = -2; count <= 66; ++count) {
+            Zan16s c[64], d[64];
+            make_coeffs(rng, kind, c);
+            make_coeffs(rng, (kind + 3) % 7, d);
+            alignas(16) Zan16s w16[2][8 * 16], w8u[2][64];
+            alignas(16) Zan8u b8[2][8 * 16], b8u[2][64];
+            for (int p = 0; p < 2; ++p) {
+                std::fill(w16[p], w16[p] + 128, Zan16s{0x3C3C});
+                std::fill(w8u[p], w8u[p] + 64, Zan16s{0x3C3C});
+                std::fill(b8[p], b8[p] + 128, Zan8u{0x3C});
+                std::fill(b8u[p], b8u[p] + 64, Zan8u{0x3C});
+            }
+            for (const auto& e : t.inv16) {
+                e.rule(c, w8u[0], 16, count);
+                e.simd(c, w8u[1], 16, count);
+                ASSERT_TRUE(std::equal(w8u[0], w8u[0] + 64, w8u[1])) << e.name << " kind " << kind << " count " << count;
+            }
+            for (const auto& e : t.inv8) {
+                e.rule(c, b8u[0], 8, count);
+                e.simd(c, b8u[1], 8, count);
+                ASSERT_TRUE(std::equal(b8u[0], b8u[0] + 64, b8u[1])) << e.name << " kind " << kind << " count " << count;
+            }
+            for (const auto& e : t.pair16) {
+                e.rule(c, d, w16[0], 32, count, 64 - count);
+                e.simd(c, d, w16[1], 32, count, 64 - count);
+                ASSERT_TRUE(std::equal(w16[0], w16[0] + 128, w16[1])) << e.name << " kind " << kind << " count " << count;
+            }
+            for (const auto& e : t.pair8) {
+                e.rule(c, d, b8[0], 16, count, 64 - count);
+                e.simd(c, d, b8[1], 16, count, 64 - count);
+                ASSERT_TRUE(std::equal(b8[0], b8[0] + 128, b8[1])) << e.name << " kind " << kind << " count " << count;
+            }
         }
 }
 
