@@ -237,9 +237,10 @@ __attribute__((always_inline)) inline void aan_pass1(const Zan16s* src, __m128i 
 // these constants: the even part shares p0 +- p4 and m, n, g4 = 2 * 23170
 // needs no correction, and the corrections for constants above 32767 are
 // added to m, n and each odd sum rather than to every output.  N inputs
-// (4 or 8; the rest zero).
-template <int N>
-__attribute__((always_inline)) inline void aan_pass2(const __m128i* t, __m128i* out) {
+// (4 or 8; the rest zero).  Each output row goes to sink(y, row) as soon as
+// it is made.
+template <int N, class Sink>
+__attribute__((always_inline)) inline void aan_pass2(const __m128i* t, Sink&& sink) {
     const __m128i z = _mm_setzero_si128(), r = _mm_set1_epi32(kAanRound);
     constexpr Zan32s g2 = kCosQ16[2], g6 = kCosQ16[6], c4 = kCosQ16[4] / 2;
     static_assert(kCosQ16[4] % 2 == 0 && g6 < 32768 && hi16(g2) == 1 && hi16(-g2) == -1);
@@ -278,33 +279,40 @@ __attribute__((always_inline)) inline void aan_pass2(const __m128i* t, __m128i* 
                 o[hh] = _mm_add_epi32(o[hh], _mm_madd_epi16(p57[hh], pair_const(kAanPass2.m[y][5], kAanPass2.m[y][7])));
         }
         if (any) add_high(o[0], o[1], c);
-        out[y] = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(e[y][0], o[0]), kAanShift),
-                                 _mm_srai_epi32(_mm_add_epi32(e[y][1], o[1]), kAanShift));
-        out[7 - y] = _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(e[y][0], o[0]), kAanShift),
-                                     _mm_srai_epi32(_mm_sub_epi32(e[y][1], o[1]), kAanShift));
+        sink(y, _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(e[y][0], o[0]), kAanShift),
+                                _mm_srai_epi32(_mm_add_epi32(e[y][1], o[1]), kAanShift)));
+        sink(7 - y, _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(e[y][0], o[0]), kAanShift),
+                                    _mm_srai_epi32(_mm_sub_epi32(e[y][1], o[1]), kAanShift)));
     }
 }
 
-// One block's rows as 16-bit values (unsaturated beyond int16), by class.
-template <int C>
-__attribute__((always_inline)) inline void aan_block(const Zan16s* src, __m128i (&o)[8]) {
+// One block's rows as 16-bit values (unsaturated beyond int16), by class,
+// each handed to sink(y, row).
+template <int C, class Sink>
+__attribute__((always_inline)) inline void aan_block(const Zan16s* src, Sink&& sink) {
     if constexpr (C == kZero) {
-        for (auto& r : o) r = _mm_setzero_si128();
+#pragma GCC unroll 8
+        for (int y = 0; y < 8; ++y) sink(y, _mm_setzero_si128());
     } else if constexpr (C == kDc) {
         __m128i v = _mm_set1_epi16(static_cast<short>(src[0] / 8));
-        for (auto& r : o) r = v;
+#pragma GCC unroll 8
+        for (int y = 0; y < 8; ++y) sink(y, v);
     } else {
         __m128i t[8];
         if constexpr (C == k4x4) {
             aan_pass1<4>(src, t);
             transpose8x4(t);
-            aan_pass2<4>(t, o);
+            aan_pass2<4>(t, sink);
         } else {
             aan_pass1<8>(src, t);
             transpose8x8(t);
-            aan_pass2<8>(t, o);
+            aan_pass2<8>(t, sink);
         }
     }
+}
+template <int C>
+__attribute__((always_inline)) inline void aan_block(const Zan16s* src, __m128i (&o)[8]) {
+    aan_block<C>(src, [&](int y, __m128i r) { o[y] = r; });
 }
 
 inline __m128i clamp16(__m128i v) {
@@ -313,41 +321,32 @@ inline __m128i clamp16(__m128i v) {
 
 template <int C>
 void inv16_block(const Zan16s* src, Zan16s* dst, Zan32s step) {
-    __m128i o[8];
-    aan_block<C>(src, o);
-#pragma GCC unroll 8
-    for (int y = 0; y < 8; ++y) simd::store16(row(dst, step, y), clamp16(o[y]));
+    aan_block<C>(src, [&](int y, __m128i r) { simd::store16(row(dst, step, y), clamp16(r)); });
 }
 
 template <int C>
 void inv8_block(const Zan16s* src, Zan8u* dst, Zan32s step) {
-    __m128i o[8];
-    aan_block<C>(src, o);
-#pragma GCC unroll 8
-    for (int y = 0; y < 8; ++y) simd::store8(row(dst, step, y), _mm_packus_epi16(o[y], o[y]));
+    aan_block<C>(src, [&](int y, __m128i r) { simd::store8(row(dst, step, y), _mm_packus_epi16(r, r)); });
 }
 
 template <int CU, int CV>
 void pair16_block(const Zan16s* srcU, const Zan16s* srcV, Zan16s* dst, Zan32s step) {
-    __m128i u[8], v[8];
+    __m128i u[8];
     aan_block<CU>(srcU, u);
-    aan_block<CV>(srcV, v);
-#pragma GCC unroll 8
-    for (int y = 0; y < 8; ++y) {
-        __m128i a = clamp16(u[y]), b = clamp16(v[y]);
+    aan_block<CV>(srcV, [&](int y, __m128i r) {
+        __m128i a = clamp16(u[y]), b = clamp16(r);
         simd::store16(row(dst, step, y), _mm_unpacklo_epi16(a, b));
         simd::store16(row(dst, step, y) + 16, _mm_unpackhi_epi16(a, b));
-    }
+    });
 }
 
 template <int CU, int CV>
 void pair8_block(const Zan16s* srcU, const Zan16s* srcV, Zan8u* dst, Zan32s step) {
-    __m128i u[8], v[8];
+    __m128i u[8];
     aan_block<CU>(srcU, u);
-    aan_block<CV>(srcV, v);
-#pragma GCC unroll 8
-    for (int y = 0; y < 8; ++y)
-        simd::store16(row(dst, step, y), _mm_unpacklo_epi8(_mm_packus_epi16(u[y], u[y]), _mm_packus_epi16(v[y], v[y])));
+    aan_block<CV>(srcV, [&](int y, __m128i r) {
+        simd::store16(row(dst, step, y), _mm_unpacklo_epi8(_mm_packus_epi16(u[y], u[y]), _mm_packus_epi16(r, r)));
+    });
 }
 
 // The plain inverse: 16-bit rows of samples (before the 0..255 saturation).
