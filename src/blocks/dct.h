@@ -7,7 +7,8 @@
 //
 // The transposed inverse DCT ("AANTransposed").  The block holds the
 // coefficients transposed: pSrc[8 * u + v] is the coefficient of horizontal
-// frequency u and vertical frequency v.  g[k] = round(65536 cos(k pi / 16)):
+// frequency u and vertical frequency v.  g[k] = 65536 cos(k pi / 16) as
+// the table has it (some entries truncated, not rounded):
 // 65536, 64276, 60547, 54491, 46340, 36409, 25079, 12785.
 //   Pass 1 runs down each column of the stored block (a horizontal 1-D
 //   inverse for each vertical frequency).  Every coefficient is scaled by 4
@@ -47,10 +48,12 @@
 // C(k) cos(...) at Q16 (all below 32768) and rounds half up; the
 // intermediate keeps four (forward) or five (inverses) fraction bits in 16
 // bits, saturating.
-// The reduction to 4x4 keeps the sum rows and the four lowest horizontal
-// frequencies: each result is the mean of a 2x2 group of the full-size
-// block, as the 4-point inverses give it; it writes 16 samples, 4 per row,
-// over pSrcDst[0..15] and leaves the rest of the block as it was.
+// The reduction to 4x4 keeps the sum rows (the field difference drops out of
+// a mean over two lines) and the four lowest horizontal frequencies, and
+// runs 4-point inverses scaled so that each result is the mean of a 2x2
+// group of the low-passed full-size block: q(x, z) = sum over v, h < 4 of
+// C(v) C(h) K(v, h) cos(pi v (2z+1) / 8) cos(pi h (2x+1) / 8).  It writes 16
+// samples, 4 per row, over pSrcDst[0..15] and leaves the rest as it was.
 #pragma once
 
 #include "common/kernel_pair.h"
