@@ -23,8 +23,6 @@ constexpr int kAanShift = 20;
 constexpr Mat8 kPlainInv = inverse8(kCosQ16r, kCosQ16r[4]);
 constexpr Mat8 kPlainFwd = forward8(kCosQ15, kCosQ15[4]);
 
-// Odd half of pass 1: O_x = sum over i of sign * a_(2i+1) * g[|k|], k = kOdd[x][i].
-constexpr int kOdd[4][4] = {{1, 3, 5, 7}, {3, -7, -1, -5}, {5, -1, 7, 3}, {7, -5, 3, -1}};
 
 enum Class { kZero = 0, kDc = 1, k4x4 = 2, k8x8 = 3 };
 inline int count_class(Zan32s count) { return count < 0 ? kZero : count == 0 ? kDc : count <= 9 ? k4x4 : k8x8; }
@@ -49,6 +47,9 @@ inline Zan16s aan_product(Zan16s b, int k) {
     return wrap16((b * g + 0x4000) >> 15);
 }
 
+// (s g4 + 0x8000) >> 16 of a pass-1 value s: pmulhrsw with g4 / 2.
+inline Zan16s times_g4(Zan16s s) { return wrap16((s * (kCosQ16[4] / 2) + 0x4000) >> 15); }
+
 // The whole transposed inverse of src (all 64 coefficients), before the
 // output saturation.
 void aan_rule(const Zan16s* src, Block& out) {
@@ -61,15 +62,16 @@ void aan_rule(const Zan16s* src, Block& out) {
         Zan32s m = aan_product(b[2], 2) + aan_product(b[6], 6);
         Zan32s n = aan_product(b[2], 6) - aan_product(b[6], 2);
         const Zan32s e[4] = {s + m, d + n, d - n, s - m};
+        // Odd half: two rotations, then the middle pair through g4.
+        Zan16s r4 = wrap16(aan_product(b[1], 7) - aan_product(b[7], 1));
+        Zan16s r7 = wrap16(aan_product(b[1], 1) + aan_product(b[7], 7));
+        Zan16s r5 = wrap16(aan_product(b[5], 3) - aan_product(b[3], 5));
+        Zan16s r6 = wrap16(aan_product(b[5], 5) + aan_product(b[3], 3));
+        Zan16s pd = wrap16(r7 - r6), qd = wrap16(r4 - r5);
+        const Zan32s o[4] = {r7 + r6, times_g4(wrap16(pd + qd)), times_g4(wrap16(pd - qd)), r4 + r5};
         for (int x = 0; x < 4; ++x) {
-            Zan32s o = 0;
-            for (int i = 0; i < 4; ++i) {
-                int k = kOdd[x][i];
-                Zan32s p = aan_product(b[2 * i + 1], k < 0 ? -k : k);
-                o += k < 0 ? -p : p;
-            }
-            t[x][v] = wrap16(e[x] + o);
-            t[7 - x][v] = wrap16(e[x] - o);
+            t[x][v] = wrap16(e[x] + o[x]);
+            t[7 - x][v] = wrap16(e[x] - o[x]);
         }
     }
     transpose_rule(t);
@@ -219,17 +221,26 @@ __attribute__((always_inline)) inline void aan_pass1(const Zan16s* src, __m128i 
         n = prod(2, 6);
     }
     const __m128i e[4] = {_mm_add_epi16(s, m), _mm_add_epi16(d, n), _mm_sub_epi16(d, n), _mm_sub_epi16(s, m)};
+    __m128i r4, r5, r6, r7;
+    if constexpr (N == 8) {
+        r4 = _mm_sub_epi16(prod(1, 7), prod(7, 1));
+        r7 = _mm_add_epi16(prod(1, 1), prod(7, 7));
+        r5 = _mm_sub_epi16(prod(5, 3), prod(3, 5));
+        r6 = _mm_add_epi16(prod(5, 5), prod(3, 3));
+    } else {
+        r4 = prod(1, 7);
+        r7 = prod(1, 1);
+        r5 = _mm_sub_epi16(_mm_setzero_si128(), prod(3, 5));
+        r6 = prod(3, 3);
+    }
+    const __m128i g4 = _mm_set1_epi16(static_cast<short>(kCosQ16[4] / 2));
+    __m128i pd = _mm_sub_epi16(r7, r6), qd = _mm_sub_epi16(r4, r5);
+    const __m128i o[4] = {_mm_add_epi16(r7, r6), _mm_mulhrs_epi16(_mm_add_epi16(pd, qd), g4),
+                          _mm_mulhrs_epi16(_mm_sub_epi16(pd, qd), g4), _mm_add_epi16(r4, r5)};
 #pragma GCC unroll 4
     for (int x = 0; x < 4; ++x) {
-        __m128i o = _mm_setzero_si128();
-#pragma GCC unroll 4
-        for (int i = 0; i < N / 2; ++i) {
-            int k = kOdd[x][i];
-            __m128i p = prod(2 * i + 1, k < 0 ? -k : k);
-            o = k < 0 ? _mm_sub_epi16(o, p) : _mm_add_epi16(o, p);
-        }
-        t[x] = _mm_add_epi16(e[x], o);
-        t[7 - x] = _mm_sub_epi16(e[x], o);
+        t[x] = _mm_add_epi16(e[x], o[x]);
+        t[7 - x] = _mm_sub_epi16(e[x], o[x]);
     }
 }
 

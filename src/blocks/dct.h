@@ -19,9 +19,11 @@
 //   same unless a coefficient of 8192 or more wraps).  The sums wrap at 16
 //   bits (paddw).  The butterfly: p0 = a0 g4, p4 = a4 g4,
 //   m = a2 g2 + a6 g6, n = a2 g6 - a6 g2, E0,3 = p0 + p4 +- m,
-//   E1,2 = p0 - p4 +- n, and each odd sum Ox = sum over odd u of a_u times
-//   +-g of cos((2x+1) u pi / 16) as its own four rounded products;
-//   t[x] = Ex + Ox, t[7-x] = Ex - Ox.
+//   E1,2 = p0 - p4 +- n; r4 = a1 g7 - a7 g1, r7 = a1 g1 + a7 g7,
+//   r5 = a5 g3 - a3 g5, r6 = a5 g5 + a3 g3, O0 = r7 + r6, O3 = r4 + r5,
+//   O1,2 = ((r7 - r6) +- (r4 - r5)) g4, the last two products rounded as
+//   (s g4 + 0x8000) >> 16 of the 16-bit sum s; t[x] = Ex + Ox,
+//   t[7-x] = Ex - Ox.
 //   Pass 2 runs along the other direction: X = sum over v of t_v * G(y, v)
 //   with G the same Q16 constants (g4 for v = 0), formed exactly (wrapping at
 //   32 bits), and rounded once as (X + 0xA0000) >> 20: the rounding constant
