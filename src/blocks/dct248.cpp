@@ -82,7 +82,7 @@ void inv_rule(Zan16s* p) {
 }
 
 void inv4x4_rule(Zan16s* p) {
-    Block c{}, t, u, q;
+    Block c{}, t, u;
     for (int v = 0; v < 4; ++v)
         for (int h = 0; h < 4; ++h) c[v][h] = p[8 * v + h];
     mat_rule(kInv4, c, t, 1 << 10, 11);  // t[z][h], five fraction bits
@@ -90,9 +90,7 @@ void inv4x4_rule(Zan16s* p) {
     mat_rule(kInv4, t, u, 1 << 20, 21);  // u[x][z]
     transpose_rule(u);
     for (int z = 0; z < 4; ++z)
-        for (int x = 0; x < 4; ++x) q[z][x] = u[z][x];
-    for (int z = 0; z < 4; ++z)
-        for (int x = 0; x < 4; ++x) p[4 * z + x] = q[z][x];
+        for (int x = 0; x < 4; ++x) p[4 * z + x] = u[z][x];
 }
 
 // ========================================================== vector kernels
