@@ -454,6 +454,84 @@ ZanStatus zaniSub4x4_16u16s_C1R(const Zan16u* pSrc1, Zan32s src1Step, const Zan1
 
 /* ==== dct: block DCT and scan ==== */
 
+/* Transposed inverse DCT of one 8x8 block of Zan16s coefficients (64,
+ * packed, any alignment).  The block stands transposed: pSrc[8 * u + v] is
+ * the coefficient of horizontal frequency u and vertical frequency v, so
+ * pSrc[1] is the first vertical frequency.  dstStep is in bytes.
+ * count steers the work and is the caller's promise; the coefficients are
+ * not looked at:
+ *   below 0   all zero: the Zan16s forms write 0 everywhere; the Zan8u
+ *             forms treat it as 0;
+ *   0         DC only: every sample is pSrc[0] / 8 truncated toward zero,
+ *             saturated;
+ *   1 to 9    only the 4x4 corner of low frequencies is used (anything
+ *             outside it is ignored);
+ *   10 up     the whole block.
+ * The transform: two fixed-point passes with the Q16 cosines 65536, 64276,
+ * 60547, 54491, 46340, 36409, 25079, 12785.  Pass 1 (along the stored
+ * columns) scales the coefficients by 4 and rounds every product as
+ * (x + 0x8000) >> 16, its sums wrapping at 16 bits; pass 2 sums exactly and
+ * rounds with 0x28000 at the 2^18 scale, 2.5 units of 0x10000 rather than a
+ * half unit, which lifts every output by 1/8 on average; the rounding is kept
+ * as it stands.  The peak error against an exact inverse is 1 for
+ * coefficients from samples in -300..300.
+ * Results saturate to -256..255 (Zan16s) or 0..255 (Zan8u).
+ * Checks: any null pointer zanStsNullPtr, then dstStep below 1 zanStsStepBad.
+ * The P2C2R forms transform two blocks (each with its own count) into one
+ * interleaved block: row y holds U0 V0 U1 V1 ... U7 V7. */
+ZanStatus zaniDCT8x8Inv_AANTransposed_16s_C1R(const Zan16s* pSrc, Zan16s* pDst, Zan32s dstStep, Zan32s count);
+ZanStatus zaniDCT8x8Inv_AANTransposed_16s8u_C1R(const Zan16s* pSrc, Zan8u* pDst, Zan32s dstStep, Zan32s count);
+ZanStatus zaniDCT8x8Inv_AANTransposed_16s_P2C2R(const Zan16s* pSrcU, const Zan16s* pSrcV, Zan16s* pDst,
+                                                Zan32s dstStep, Zan32s countU, Zan32s countV);
+ZanStatus zaniDCT8x8Inv_AANTransposed_16s8u_P2C2R(const Zan16s* pSrcU, const Zan16s* pSrcV, Zan8u* pDst,
+                                                  Zan32s dstStep, Zan32s countU, Zan32s countV);
+
+/* Inverse DCT or DC fill of two blocks in normal layout (pSrc[8 * v + u]),
+ * interleaved into an 8x8 block of pairs (16 bytes a row, dstStep bytes
+ * apart).  flag & 3: bit 1 set means the first block (U) is DC only, bit 0
+ * the second (V).  A DC-only plane is filled with (DC >> 3) & 255, wrapping,
+ * not saturated (DC 2056 gives 1); the other planes get the accurate plain
+ * inverse DCT saturated to 0..255.  Checks: any null pointer
+ * zanStsNullPtr.  dstStep is not checked. */
+ZanStatus zaniDCT8x8InvOrSet_16s8u_P2C2(const Zan16s* pSrcU, const Zan16s* pSrcV, Zan8u* pDst, Zan32s dstStep,
+                                        Zan32s flag);
+
+/* Splits an 8x8 block of interleaved pairs (16 bytes a row, srcStep bytes
+ * apart) into its two planes and writes the forward DCT of the even bytes to
+ * pDstU and of the odd bytes to pDstV (64 coefficients each, normal layout,
+ * F = c(u) c(v) / 4 * sum, rounded to nearest; DC = 8 * mean).  Checks: any
+ * null pointer zanStsNullPtr.  srcStep is not checked. */
+ZanStatus zaniDCT8x8Fwd_8u16s_C2P2(const Zan8u* pSrc, Zan32s srcStep, Zan16s* pDstU, Zan16s* pDstV);
+
+/* DV 2-4-8 transforms of one field-coded block of 64 Zan16s, in place.
+ * Rows 0-3 of the coefficient block hold the 4x8 transform of the sums of
+ * lines 2z and 2z+1, rows 4-7 that of their differences; the weights are
+ * C(k) cos(...), C(0) = 1/(2 sqrt 2), C(k) = 1/2, for the vertical 4-point
+ * and the horizontal 8-point transform.  Fixed-point, rounded half up in
+ * each pass; within 1 of the exact transform for samples in -256..255.
+ * zaniDCT8x4x2To4x4Inv_DV_16s_C1I keeps the sum rows and the four lowest
+ * horizontal frequencies and writes the 4x4 block of 2x2 means packed into
+ * pSrcDst[0..15] (4 per row); entries 16 to 63 are left as they were.
+ * Checks: a null pointer zanStsNullPtr. */
+ZanStatus zaniDCT2x4x8Frw_16s_C1I(Zan16s* pSrcDst);
+ZanStatus zaniDCT2x4x8Inv_16s_C1I(Zan16s* pSrcDst);
+ZanStatus zaniDCT8x4x2To4x4Inv_DV_16s_C1I(Zan16s* pSrcDst);
+
+/* Scans with the table chosen by scan: 1 alternate vertical, 2 alternate
+ * horizontal, any other value zigzag.
+ * zaniScanFwd_16s_C1: pDst[k] = pSrc[table[k]].  With countNonZero below 20
+ * only the first countNonZero non-zero values in scan order are kept (the
+ * rest of pDst is zero); from 20 up all 64 are copied.  Checks: null pointer
+ * zanStsNullPtr, countNonZero outside 1..64 zanStsOutOfRange.
+ * zaniScanInv_16s_C1: pDst is cleared except for pDst[0] = pSrc[0], then
+ * pDst[table[k]] = pSrc[k] for k = 1..lastIndex.  Checks: null pointer
+ * zanStsNullPtr, lastIndex outside 0..63 zanStsOutOfRange.
+ * Source and destination should not overlap; if they do, the result is
+ * that of the steps above in their order (ScanInv in place keeps only the
+ * DC). */
+ZanStatus zaniScanFwd_16s_C1(const Zan16s* pSrc, Zan16s* pDst, Zan32s countNonZero, Zan32s scan);
+ZanStatus zaniScanInv_16s_C1(const Zan16s* pSrc, Zan16s* pDst, Zan32s lastIndex, Zan32s scan);
+
 /* ==== end of dct ==== */
 
 /* ==== blockstats: block statistics and transformed differences ==== */
