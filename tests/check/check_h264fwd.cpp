@@ -186,6 +186,72 @@ TEST(CheckH264fwd, FlatChromaDc) {
             }
 }
 
+// Blocks whose largest level sweeps through the limit of 2063 one fifth of
+// a step at a time: a constant block v puts its weight on the DC (16 v in
+// the 4x4 transform, 8 v after the halved luma Hadamard, 4 v in the chroma
+// transform) and a sweep of d = -60..60 added to the first value moves that
+// DC by one per step and every other coefficient by little.  Rule and
+// kernel must agree on every block, and both outcomes must occur.
+TEST(CheckH264fwd, LevelLimitSweep) {
+    for (Zan32s qp : {12, 13, 14, 15}) {  // at QP % 6 = 4 and 5 the DC needed passes 32767
+        const Zan32s q = qp / 6, f0 = kQuant4x4[qp % 6][0];
+        // DC that meets the limit: 2064 << (15 + q) / f0 in the 4x4 transform,
+        // 2064 << (16 + q') / f0 in the DC stages (q' = q - 1 below).
+        const Zan32s v4 = static_cast<Zan32s>((Zan64s{2064} << (15 + q)) / f0 / 16);
+        const Zan32s vl = static_cast<Zan32s>((Zan64s{2064} << (16 + q - 1)) / f0 / 8);
+        const Zan32s vc = static_cast<Zan32s>((Zan64s{2064} << (16 + q - 1)) / f0 / 4);
+        for (Zan32s intra = 0; intra < 2; ++intra) {
+            int seen[3][2] = {};
+            const Zan32s sign = intra ? -1 : 1;
+            for (Zan32s d = -60; d <= 60; ++d) {
+                std::array<Zan16s, 16> scan;
+                std::iota(scan.begin(), scan.end(), Zan16s{0});
+                for (const auto& e : kernels().flatQuant) {
+                    std::array<Zan16s, 16> a, b;
+                    a.fill(static_cast<Zan16s>(sign * v4));
+                    a[0] = static_cast<Zan16s>(sign * (v4 + d));
+                    b = a;
+                    Zan32s na = 0, nb = 0, la = 0, lb = 0;
+                    const ZanStatus sa = e.rule(a.data(), qp, intra, scan.data(), &na, &la);
+                    const ZanStatus sb = e.simd(b.data(), qp, intra, scan.data(), &nb, &lb);
+                    ASSERT_EQ(sa, sb) << e.name << " d " << d << " QP " << qp;
+                    ASSERT_EQ(a, b) << e.name << " d " << d;
+                    seen[0][sa == zanStsOk]++;
+                }
+                for (const auto& e : kernels().flatLumaDc) {
+                    std::array<Zan16s, 16> a, b, ta{}, tb{};
+                    a.fill(static_cast<Zan16s>(sign * vl));
+                    a[0] = static_cast<Zan16s>(sign * (vl + d));
+                    b = a;
+                    Zan32s na = 0, nb = 0, la = 0, lb = 0;
+                    const ZanStatus sa = e.rule(a.data(), ta.data(), qp - 6, scan.data(), &na, &la);
+                    const ZanStatus sb = e.simd(b.data(), tb.data(), qp - 6, scan.data(), &nb, &lb);
+                    ASSERT_EQ(sa, sb) << e.name << " d " << d << " QP " << qp - 6;
+                    ASSERT_EQ(a, b) << e.name << " d " << d;
+                    ASSERT_EQ(ta, tb) << e.name << " d " << d;
+                    seen[1][sa == zanStsOk]++;
+                }
+                for (const auto& e : kernels().flatChromaDc) {
+                    std::array<Zan16s, 4> a, b, ta{}, tb{};
+                    a.fill(static_cast<Zan16s>(sign * vc));
+                    a[0] = static_cast<Zan16s>(sign * (vc + d));
+                    b = a;
+                    Zan32s na = 0, nb = 0;
+                    const ZanStatus sa = e.rule(a.data(), ta.data(), qp - 6, intra, 1, &na);
+                    const ZanStatus sb = e.simd(b.data(), tb.data(), qp - 6, intra, 1, &nb);
+                    ASSERT_EQ(sa, sb) << e.name << " d " << d << " QP " << qp - 6;
+                    ASSERT_EQ(a, b) << e.name << " d " << d;
+                    seen[2][sa == zanStsOk]++;
+                }
+            }
+            for (int k = 0; k < 3; ++k) {
+                EXPECT_GT(seen[k][0], 0) << "stage " << k << " QP " << qp << " intra " << intra;
+                EXPECT_GT(seen[k][1], 0) << "stage " << k << " QP " << qp << " intra " << intra;
+            }
+        }
+    }
+}
+
 // The 16-bit level kernels with every shift and rounding the exported
 // functions use (4x4: shift 11..23, 8x8: 12..20, roundings of a third and a
 // sixth), with default factors, random positive scales and scales over all
@@ -210,6 +276,18 @@ TEST(CheckH264fwd, Levels16) {
             std::vector<Zan8u> raw(static_cast<size_t>(n) * 2 + 64);
             Guarded<Zan16s, 64> src(0, static_cast<size_t>(d)), a(0x77, static_cast<size_t>(d / 3)), b = a;
             fill_block(rng, src.p(), n, d, d % 5 == 4);
+            if (d % 8 == 7 && shift <= 15) {
+                // Unit scales and magnitudes next to the multiples of 1 << shift
+                // less the rounding: the sums land on, just below and just above
+                // a rounding boundary.
+                for (int k = 0; k < n; ++k) {
+                    scale[static_cast<size_t>(k)] = 1;
+                    const Zan32s j = rng.range(1, (1 << (15 - shift)));
+                    Zan32s v = (j << shift) - round + rng.range(-1, 1);
+                    v = std::min(v, 32767);
+                    src.p()[k] = static_cast<Zan16s>(rng.below(2) ? v : -v);
+                }
+            }
             Zan32s la = -9, lb = -9;
             const bool inPlace = d % 6 == 5;
             Guarded<Zan16s, 64> ia = src, ib = src;
