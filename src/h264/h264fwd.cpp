@@ -293,62 +293,71 @@ void fwd_pred_sse2(const Zan8u* src, Zan32s step, Zan16s* dst) {
     store16(dst + 8, r23);
 }
 
+// Eight registers, one row (or column) of an 8x8 block each.
+struct Rows8 {
+    __m128i r0, r1, r2, r3, r4, r5, r6, r7;
+};
+
 // Transposes an 8x8 block of 16-bit values.
-inline void transpose8_v(__m128i* r) {
-    const __m128i a0 = _mm_unpacklo_epi16(r[0], r[1]), a1 = _mm_unpackhi_epi16(r[0], r[1]);
-    const __m128i a2 = _mm_unpacklo_epi16(r[2], r[3]), a3 = _mm_unpackhi_epi16(r[2], r[3]);
-    const __m128i a4 = _mm_unpacklo_epi16(r[4], r[5]), a5 = _mm_unpackhi_epi16(r[4], r[5]);
-    const __m128i a6 = _mm_unpacklo_epi16(r[6], r[7]), a7 = _mm_unpackhi_epi16(r[6], r[7]);
+inline Rows8 transpose8_v(const Rows8& r) {
+    const __m128i a0 = _mm_unpacklo_epi16(r.r0, r.r1), a1 = _mm_unpackhi_epi16(r.r0, r.r1);
+    const __m128i a2 = _mm_unpacklo_epi16(r.r2, r.r3), a3 = _mm_unpackhi_epi16(r.r2, r.r3);
+    const __m128i a4 = _mm_unpacklo_epi16(r.r4, r.r5), a5 = _mm_unpackhi_epi16(r.r4, r.r5);
+    const __m128i a6 = _mm_unpacklo_epi16(r.r6, r.r7), a7 = _mm_unpackhi_epi16(r.r6, r.r7);
     const __m128i b0 = _mm_unpacklo_epi32(a0, a2), b1 = _mm_unpackhi_epi32(a0, a2);
     const __m128i b2 = _mm_unpacklo_epi32(a1, a3), b3 = _mm_unpackhi_epi32(a1, a3);
     const __m128i b4 = _mm_unpacklo_epi32(a4, a6), b5 = _mm_unpackhi_epi32(a4, a6);
     const __m128i b6 = _mm_unpacklo_epi32(a5, a7), b7 = _mm_unpackhi_epi32(a5, a7);
-    r[0] = _mm_unpacklo_epi64(b0, b4);
-    r[1] = _mm_unpackhi_epi64(b0, b4);
-    r[2] = _mm_unpacklo_epi64(b1, b5);
-    r[3] = _mm_unpackhi_epi64(b1, b5);
-    r[4] = _mm_unpacklo_epi64(b2, b6);
-    r[5] = _mm_unpackhi_epi64(b2, b6);
-    r[6] = _mm_unpacklo_epi64(b3, b7);
-    r[7] = _mm_unpackhi_epi64(b3, b7);
+    return {_mm_unpacklo_epi64(b0, b4), _mm_unpackhi_epi64(b0, b4), _mm_unpacklo_epi64(b1, b5),
+            _mm_unpackhi_epi64(b1, b5), _mm_unpacklo_epi64(b2, b6), _mm_unpackhi_epi64(b2, b6),
+            _mm_unpacklo_epi64(b3, b7), _mm_unpackhi_epi64(b3, b7)};
 }
-// The 8x8 butterfly across eight registers (lane by lane).
-inline void core8_v(__m128i* x) {
-    const __m128i s07 = _mm_add_epi16(x[0], x[7]), s16 = _mm_add_epi16(x[1], x[6]);
-    const __m128i s25 = _mm_add_epi16(x[2], x[5]), s34 = _mm_add_epi16(x[3], x[4]);
-    const __m128i d07 = _mm_sub_epi16(x[0], x[7]), d16 = _mm_sub_epi16(x[1], x[6]);
-    const __m128i d25 = _mm_sub_epi16(x[2], x[5]), d34 = _mm_sub_epi16(x[3], x[4]);
-    const __m128i a0 = _mm_add_epi16(s07, s34), a1 = _mm_add_epi16(s16, s25);
-    const __m128i a2 = _mm_sub_epi16(s07, s34), a3 = _mm_sub_epi16(s16, s25);
+// The 8x8 butterfly across eight registers (lane by lane): the even half
+// first, then the odd half, so that few values are live at once.
+inline Rows8 core8_v(const Rows8& x) {
+    Rows8 y;
+    const __m128i d07 = _mm_sub_epi16(x.r0, x.r7), d16 = _mm_sub_epi16(x.r1, x.r6);
+    const __m128i d25 = _mm_sub_epi16(x.r2, x.r5), d34 = _mm_sub_epi16(x.r3, x.r4);
+    {
+        const __m128i s07 = _mm_add_epi16(x.r0, x.r7), s16 = _mm_add_epi16(x.r1, x.r6);
+        const __m128i s25 = _mm_add_epi16(x.r2, x.r5), s34 = _mm_add_epi16(x.r3, x.r4);
+        const __m128i a0 = _mm_add_epi16(s07, s34), a1 = _mm_add_epi16(s16, s25);
+        const __m128i a2 = _mm_sub_epi16(s07, s34), a3 = _mm_sub_epi16(s16, s25);
+        y.r0 = _mm_add_epi16(a0, a1);
+        y.r4 = _mm_sub_epi16(a0, a1);
+        y.r2 = _mm_add_epi16(a2, _mm_srai_epi16(a3, 1));
+        y.r6 = _mm_sub_epi16(_mm_srai_epi16(a2, 1), a3);
+    }
     const __m128i a4 = _mm_add_epi16(_mm_add_epi16(d16, d25), _mm_add_epi16(d07, _mm_srai_epi16(d07, 1)));
     const __m128i a5 = _mm_sub_epi16(_mm_sub_epi16(d07, d34), _mm_add_epi16(d25, _mm_srai_epi16(d25, 1)));
     const __m128i a6 = _mm_sub_epi16(_mm_add_epi16(d07, d34), _mm_add_epi16(d16, _mm_srai_epi16(d16, 1)));
     const __m128i a7 = _mm_add_epi16(_mm_sub_epi16(d16, d25), _mm_add_epi16(d34, _mm_srai_epi16(d34, 1)));
-    x[0] = _mm_add_epi16(a0, a1);
-    x[1] = _mm_add_epi16(a4, _mm_srai_epi16(a7, 2));
-    x[2] = _mm_add_epi16(a2, _mm_srai_epi16(a3, 1));
-    x[3] = _mm_add_epi16(a5, _mm_srai_epi16(a6, 2));
-    x[4] = _mm_sub_epi16(a0, a1);
-    x[5] = _mm_sub_epi16(a6, _mm_srai_epi16(a5, 2));
-    x[6] = _mm_sub_epi16(_mm_srai_epi16(a2, 1), a3);
-    x[7] = _mm_sub_epi16(_mm_srai_epi16(a4, 2), a7);
+    y.r1 = _mm_add_epi16(a4, _mm_srai_epi16(a7, 2));
+    y.r3 = _mm_add_epi16(a5, _mm_srai_epi16(a6, 2));
+    y.r5 = _mm_sub_epi16(a6, _mm_srai_epi16(a5, 2));
+    y.r7 = _mm_sub_epi16(_mm_srai_epi16(a4, 2), a7);
+    return y;
 }
 
 // Rows first: with the rows transposed into registers the butterfly runs
 // along each row; transposed back, it runs down the columns.
 void fwd8x8_sse2(const Zan16s* src, Zan16s* dst) {
-    __m128i r[8];
-    for (int i = 0; i < 8; ++i) r[i] = load16(src + 8 * i);
-    transpose8_v(r);
-    core8_v(r);
-    transpose8_v(r);
-    core8_v(r);
-    for (int i = 0; i < 8; ++i) store16(dst + 8 * i, r[i]);
+    const Rows8 in = {load16(src), load16(src + 8),  load16(src + 16), load16(src + 24),
+                      load16(src + 32), load16(src + 40), load16(src + 48), load16(src + 56)};
+    const Rows8 out = core8_v(transpose8_v(core8_v(transpose8_v(in))));
+    store16(dst, out.r0);
+    store16(dst + 8, out.r1);
+    store16(dst + 16, out.r2);
+    store16(dst + 24, out.r3);
+    store16(dst + 32, out.r4);
+    store16(dst + 40, out.r5);
+    store16(dst + 48, out.r6);
+    store16(dst + 56, out.r7);
 }
 
 // Level magnitudes of eight coefficients: (|c| * f + round) >> shift with
 // the exact 32-bit product, packed to 16 bits with saturation.  |c| * f is
-// c * f negated where c is negative, so -32768 needs no special case.
+// c * f negated where c is negative, so -32768 needs no extra handling.
 inline __m128i level_mag_v(__m128i c, __m128i f, __m128i round, __m128i shift) {
     const __m128i lo = _mm_mullo_epi16(c, f), hi = _mm_mulhi_epi16(c, f);
     const __m128i neg = _mm_srai_epi16(c, 15);
@@ -369,15 +378,17 @@ inline Zan32s bits16(Zan32u m) {
     return static_cast<Zan32s>((m + (m >> 8)) & 0x1Fu);
 }
 
-// Count of non-zero levels and the running largest scan position of them.
+// Count of zero levels (one per lane, summed at the end) and the running
+// largest scan position of the non-zero ones.
 struct Tally {
     __m128i last = _mm_setzero_si128();
-    Zan32s zeros = 0;
+    __m128i zeroLanes = _mm_setzero_si128();
     void add(__m128i lev, __m128i scan) {
         const __m128i z = _mm_cmpeq_epi16(lev, _mm_setzero_si128());
         last = _mm_max_epi16(last, _mm_andnot_si128(z, scan));
-        zeros += bits16(static_cast<Zan32u>(_mm_movemask_epi8(z))) >> 1;
+        zeroLanes = _mm_sub_epi16(zeroLanes, z);
     }
+    Zan32s zeros() const { return simd::hsum_epi32(_mm_madd_epi16(zeroLanes, _mm_set1_epi16(1))); }
     Zan32s largest() const {
         __m128i m = _mm_max_epi16(last, _mm_srli_si128(last, 8));
         m = _mm_max_epi16(m, _mm_srli_si128(m, 4));
@@ -390,16 +401,15 @@ template <int N>
 Zan32s quant16_ssse3(const Zan16s* src, Zan16s* dst, const Zan16s* scale, Zan32s shift, Zan32s round,
                      const Zan16s* scan, Zan32s* pLast) {
     const __m128i r = _mm_set1_epi32(round), s = _mm_cvtsi32_si128(shift);
-    __m128i lev[N / 8];
     Tally t;
-    for (int i = 0; i < N / 8; ++i) {
+    for (int i = 0; i < N / 8; ++i) {  // each group is read before it is written: pDst may be pSrc
         const __m128i c = load16(src + 8 * i);
-        lev[i] = _mm_sign_epi16(level_mag_v(c, load16(scale + 8 * i), r, s), c);
-        t.add(lev[i], load16(scan + 8 * i));
+        const __m128i lev = _mm_sign_epi16(level_mag_v(c, load16(scale + 8 * i), r, s), c);
+        t.add(lev, load16(scan + 8 * i));
+        store16(dst + 8 * i, lev);
     }
-    for (int i = 0; i < N / 8; ++i) store16(dst + 8 * i, lev[i]);
     *pLast = t.largest();
-    return N - t.zeros;
+    return N - t.zeros();
 }
 
 ZanStatus flat_quant_ssse3(Zan16s* p, Zan32s QP, Zan32s intra, const Zan16s* scan, Zan32s* pNum, Zan32s* pLast) {
@@ -421,7 +431,7 @@ ZanStatus flat_quant_ssse3(Zan16s* p, Zan32s QP, Zan32s intra, const Zan16s* sca
     t.add(l23, load16(scan + 8));
     store16(p, l01);
     store16(p + 8, l23);
-    *pNum = 16 - t.zeros;
+    *pNum = 16 - t.zeros();
     *pLast = t.largest();
     return zanStsOk;
 }
@@ -474,7 +484,7 @@ ZanStatus flat_luma_dc_ssse3(Zan16s* p, Zan16s* tb, Zan32s QP, const Zan16s* sca
     t.add(l23, load16(scan + 8));
     store16(p, l01);
     store16(p + 8, l23);
-    *pNum = 16 - t.zeros;
+    *pNum = 16 - t.zeros();
     *pLast = t.largest();
     return zanStsOk;
 }
