@@ -8,7 +8,10 @@
 // lists).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstdlib>
 #include <numeric>
 #include <vector>
 
@@ -601,6 +604,85 @@ TEST(H264fwd, ScaleLevelGenerators) {
     EXPECT_EQ(1, inv[0]);
     EXPECT_EQ(2, fwd[15]);
     EXPECT_EQ(7282, fwd8[0]);
+}
+
+// The forward transforms against a plain model of the standard's inverse
+// (the 4x4 and 8x8 butterflies with their halvings, dequantisation with
+// the flat level scales, (x + 32) >> 6): residuals come back within 2 at
+// QP 0, which no transposed, reordered or mis-signed forward matrix does.
+namespace inverse_model {
+
+void inv4(Zan32s* x, int s) {
+    const Zan32s e0 = x[0] + x[2 * s], e1 = x[0] - x[2 * s];
+    const Zan32s e2 = (x[s] >> 1) - x[3 * s], e3 = x[s] + (x[3 * s] >> 1);
+    x[0] = e0 + e3;
+    x[s] = e1 + e2;
+    x[2 * s] = e1 - e2;
+    x[3 * s] = e0 - e3;
+}
+
+void inv8(Zan32s* x, int s) {
+    const Zan32s d0 = x[0], d1 = x[s], d2 = x[2 * s], d3 = x[3 * s], d4 = x[4 * s], d5 = x[5 * s], d6 = x[6 * s],
+                 d7 = x[7 * s];
+    const Zan32s e0 = d0 + d4, e1 = -d3 + d5 - d7 - (d7 >> 1), e2 = d0 - d4, e3 = d1 + d7 - d3 - (d3 >> 1);
+    const Zan32s e4 = (d2 >> 1) - d6, e5 = -d1 + d7 + d5 + (d5 >> 1), e6 = d2 + (d6 >> 1),
+                 e7 = d3 + d5 + d1 + (d1 >> 1);
+    const Zan32s f0 = e0 + e6, f1 = e1 + (e7 >> 2), f2 = e2 + e4, f3 = e3 + (e5 >> 2), f4 = e2 - e4,
+                 f5 = (e3 >> 2) - e5, f6 = e0 - e6, f7 = e7 - (e1 >> 2);
+    x[0] = f0 + f7;
+    x[s] = f2 + f5;
+    x[2 * s] = f4 + f3;
+    x[3 * s] = f6 + f1;
+    x[4 * s] = f6 - f1;
+    x[5 * s] = f4 - f3;
+    x[6 * s] = f2 - f5;
+    x[7 * s] = f0 - f7;
+}
+
+}  // namespace inverse_model
+
+TEST(H264fwd, RoundTripThroughStandardInverse) {
+    std::uint32_t seed = 12345;
+    auto rnd = [&seed]() {
+        seed = seed * 1664525u + 1013904223u;
+        return static_cast<Zan32s>((seed >> 8) % 511) - 255;
+    };
+    std::array<Zan8u, 64> flat;
+    flat.fill(16);
+    B16 inv4, fwd4;
+    ASSERT_EQ(zanStsOk, zaniGenScaleLevel4x4_H264_8u16s_C1(flat.data(), inv4.data(), fwd4.data(), 0));
+    B64 inv8, fwd8;
+    ASSERT_EQ(zanStsOk, zaniGenScaleLevel8x8_H264_8u16s_D2(flat.data(), 8, inv8.data(), fwd8.data(), 0));
+    B64 scale8;  // the 8x8 quantiser shifts by 12 + Qp6: factors over 16
+    for (int k = 0; k < 64; ++k) scale8[k] = static_cast<Zan16s>(fwd8[k] >> 4);
+    B64 scan;
+    std::iota(scan.begin(), scan.end(), Zan16s{0});
+    Zan32s worst4 = 0, worst8 = 0;
+    for (int round = 0; round < 50; ++round) {
+        B16 x4, lev4;
+        for (auto& v : x4) v = static_cast<Zan16s>(rnd());
+        Zan32s num, last;
+        ASSERT_EQ(zanStsOk, zaniTransformQuantFwd4x4_H264_16s_C1(x4.data(), lev4.data(), 0, &num, 1, scan.data(),
+                                                                &last, nullptr));
+        Zan32s r4[16];
+        for (int k = 0; k < 16; ++k) r4[k] = (lev4[k] * inv4[k] + 8) >> 4;  // QP 0: (c * scale + 8) >> 4
+        for (int i = 0; i < 4; ++i) inverse_model::inv4(r4 + 4 * i, 1);
+        for (int j = 0; j < 4; ++j) inverse_model::inv4(r4 + j, 4);
+        for (int k = 0; k < 16; ++k) worst4 = std::max(worst4, std::abs(((r4[k] + 32) >> 6) - x4[k]));
+
+        B64 x8, y8, lev8;
+        for (auto& v : x8) v = static_cast<Zan16s>(rnd());
+        ASSERT_EQ(zanStsOk, zaniTransformFwdLuma8x8_H264_16s_C1(x8.data(), y8.data()));
+        ASSERT_EQ(zanStsOk, zaniQuantLuma8x8_H264_16s_C1(y8.data(), lev8.data(), 0, 1, scan.data(), scale8.data(),
+                                                        &num, &last));
+        Zan32s r8[64];
+        for (int k = 0; k < 64; ++k) r8[k] = (lev8[k] * inv8[k] + 32) >> 6;  // QP 0: (c * scale + 32) >> 6
+        for (int i = 0; i < 8; ++i) inverse_model::inv8(r8 + 8 * i, 1);
+        for (int j = 0; j < 8; ++j) inverse_model::inv8(r8 + j, 8);
+        for (int k = 0; k < 64; ++k) worst8 = std::max(worst8, std::abs(((r8[k] + 32) >> 6) - x8[k]));
+    }
+    EXPECT_LE(worst4, 2);
+    EXPECT_LE(worst8, 2);
 }
 
 }  // namespace
