@@ -464,6 +464,36 @@ TEST(H264fwd, HighDcStages) {
     EXPECT_EQ(zanStsNullPtr, zaniTransformQuantFwdChromaDC2x2_H264_16s_C1I(c.data(), t.data(), 40, nullptr, 0, 1, nullptr));
 }
 
+// The halved luma DC Hadamard of sixteen 32767: 16 * 32767 >> 1 = 262136,
+// whose low 16 bits are -8; the 32-bit form keeps 262136.
+TEST(H264fwd, DcTransformsKeep16Bits) {
+    const Zan16s* scan = kZigzagPos.data();
+    B16 b, t{};
+    b.fill(32767);
+    Zan32s num = -1, last = -1;
+    Zan8u last8 = 0;
+    ASSERT_EQ(zanStsOk, zaniTransformQuantLumaDC_H264_16s_C1I(b.data(), t.data(), 51, &num, 0, scan, &last8));
+    EXPECT_EQ(-8, t[0]);
+    EXPECT_EQ(0, t[1]);
+    b.fill(32767);
+    ASSERT_EQ(zanStsOk, zaniTransformQuantFwdLumaDC4x4_H264_16s_C1I(b.data(), t.data(), 51, &num, 0, scan, &last,
+                                                                   nullptr));
+    EXPECT_EQ(-8, t[0]);
+    std::array<Zan32s, 16> w, tw{};
+    w.fill(32767);
+    ASSERT_EQ(zanStsOk, zaniTransformQuantFwdLumaDC4x4_H264_32s_C1I(w.data(), tw.data(), 51, &num, 0, scan, &last,
+                                                                   nullptr));
+    EXPECT_EQ(262136, tw[0]);
+    // Chroma 2x2: 4 * 32767 = 131068 keeps -4.
+    std::array<Zan16s, 4> c, ct{};
+    c.fill(32767);
+    ASSERT_EQ(zanStsOk, zaniTransformQuantChromaDC_H264_16s_C1I(c.data(), ct.data(), 39, &num, 0, 1));
+    EXPECT_EQ(-4, ct[0]);
+    c.fill(32767);
+    ASSERT_EQ(zanStsOk, zaniTransformQuantFwdChromaDC2x2_H264_16s_C1I(c.data(), ct.data(), 39, &num, 0, 1, nullptr));
+    EXPECT_EQ(-4, ct[0]);
+}
+
 // An impulse of 8 at (0, 0): the row butterfly gives (8, 12, 8, 10, 8, 6, 4, 3)
 // and each column r the same shape scaled, with the shifts truncating.
 TEST(H264fwd, Forward8x8KnownAnswers) {
