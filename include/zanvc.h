@@ -1333,6 +1333,175 @@ ZanStatus zaniFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const ZanDeblocki
 
 /* ==== h264fwd: H.264 forward transforms and quantisation ==== */
 
+/* Common rules.  Blocks are packed, in raster order (row after row): 16
+ * values for a 4x4 block, 64 for an 8x8 block, 4 (2x2) or 8 (two wide, four
+ * tall) for a chroma DC block.  Every pointer that a function uses is tested
+ * first, in one test (zanStsNullPtr, -8); then the quantiser parameter
+ * (zanStsOutOfRange, -11, or zanStsQpBad, -192), as an unsigned comparison,
+ * so a negative value is out of range.  A failed check writes nothing.
+ * `intra` counts as 1 when it is not zero.  q is QP / 6 and QP % 6 picks the
+ * row of the factor tables.
+ *
+ * The forward 4x4 core transform takes each row, then each column, through
+ *   y0 = x0 + x1 + x2 + x3,  y1 = 2 x0 + x1 - x2 - 2 x3,
+ *   y2 = x0 - x1 - x2 + x3,  y3 = x0 - 2 x1 + 2 x2 - x3,
+ * wrapping in the width of the output (16 or 32 bits).
+ *
+ * Quantisation of a coefficient c with factor F, rounding r and shift s:
+ *   level = sign(c) * ((|c| * F + r) >> s),
+ * the product exact; the default factors are the standard's forward factors
+ * (13107, 8066, 13107, 8066 / 8066, 5243, 8066, 5243 / ... for QP % 6 = 0).
+ * *pNumLevels receives the count of non-zero levels; *pLastCoeff the largest
+ * pScanMatrix[k] over the positions k of non-zero levels, 0 when there is
+ * none.  pScanMatrix maps each raster position to its scan position.
+ *
+ * Levels of the 16-bit forms of the second generation (everything below but
+ * the three flat functions) keep their magnitude saturated to 32767 before
+ * the sign is restored; the 32-bit forms keep the low 32 bits.  Their
+ * pScaleLevels (a caller's level-scale array, raster order) may be null,
+ * except in zaniQuantLuma8x8_*: null selects the default factors. */
+
+/* Forward 4x4 core transform, 16-bit wrap-around arithmetic.  pSrc and pDst
+ * may be the same block. */
+ZanStatus zaniTransformResidual4x4Fwd_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst);
+/* The same in 32-bit wrap-around arithmetic. */
+ZanStatus zaniTransformResidual4x4Fwd_H264_32s_C1(const Zan32s* pSrc, Zan32s* pDst);
+/* Forward 4x4 core transform of a 4x4 block of samples whose rows lie
+ * srcStep bytes apart (any step, unchecked) into 16 packed values. */
+ZanStatus zaniTransformPrediction_H264_8u16s_C1(const Zan8u* pSrc, Zan32s srcStep, Zan16s* pDst);
+
+/* First generation, flat scaling matrix.
+ * 4x4 residual in place: the forward core transform (16-bit wrap-around) is
+ * stored back into pSrcDst; then each coefficient is quantised with the
+ * factor of its position, s = 15 + q, r = (1 << s) / 3 for intra and
+ * (1 << s) / 6 otherwise.  If any level has a magnitude above 2063 the
+ * function returns zanStsCoefRange (-13) and leaves the transformed
+ * coefficients in pSrcDst; *pNumLevels and *pLastCoeff are not written.
+ * Else the levels overwrite pSrcDst, and the count and last scan position
+ * (as a byte) are stored.
+ * Checks: pointers -8; QP above 51 -11. */
+ZanStatus zaniTransformQuantResidual_H264_16s_C1I(Zan16s* pSrcDst, Zan32s QP, Zan32s* pNumLevels, Zan32s intra,
+                                                  const Zan16s* pScanMatrix, Zan8u* pLastCoeff);
+/* Luma DC of a 16x16 intra macroblock in place: the 4x4 Hadamard (rows,
+ * then columns, rows (1 1 1 1) (1 1 -1 -1) (1 -1 -1 1) (1 -1 1 -1)) in 32
+ * bits, shifted right by 1 arithmetically and kept to its low 16 bits, is
+ * stored in pTBlock; then quantised with the position-0 factor,
+ * s = 16 + q, r = (1 << s) / 3 whatever intra says.  A level magnitude above
+ * 2063: zanStsCoefRange (-13), with pTBlock written and nothing else.
+ * Else levels into pSrcDst, count and last scan position (a byte).
+ * Checks: pointers -8; QP outside 0..51 -11. */
+ZanStatus zaniTransformQuantLumaDC_H264_16s_C1I(Zan16s* pSrcDst, Zan16s* pTBlock, Zan32s QP, Zan32s* pNumLevels,
+                                                Zan32s intra, const Zan16s* pScanMatrix, Zan8u* pLastCoeff);
+/* Chroma DC (2x2, raster c0 c1 c2 c3) in place: with needTransform not 0,
+ * f0 = c0+c1+c2+c3, f1 = c0-c1+c2-c3, f2 = c0+c1-c2-c3, f3 = c0-c1-c2+c3,
+ * kept to 16 bits; with needTransform 0 the input stands as it is.  The four
+ * values go to pTBlock, then are quantised with the position-0 factor,
+ * s = 16 + q, r = (1 << s) / 3 for intra, (1 << s) / 6 otherwise.  A level
+ * magnitude above 2063: zanStsCoefRange (-13), pTBlock written, nothing
+ * else.  Else levels into pSrcDst and the count into *pNumLevels.
+ * Checks: pointers -8; QP outside 0..39 -11. */
+ZanStatus zaniTransformQuantChromaDC_H264_16s_C1I(Zan16s* pSrcDst, Zan16s* pTBlock, Zan32s QP, Zan32s* pNumLevels,
+                                                  Zan32s intra, Zan32s needTransform);
+
+/* Second generation.  4x4 quantisation of pSrc into pDst (may be the same
+ * block).  Without pScaleLevels: default factors of row QP % 6, s = 15 + q,
+ * r = (1 << (15 + q + intra)) / 6.  With pScaleLevels: F = pScaleLevels[k],
+ * s = 11 + q, r = (1 << (11 + q + intra)) / 6.
+ * Checks: pSrc, pDst, pNumLevels, pLastCoeff, pScanMatrix null -8 (not
+ * pScaleLevels); QP above 51 -11.  The 16s32s and 32s forms work the same
+ * with 64-bit products and keep 32 bits. */
+ZanStatus zaniQuantizeResidual4x4Fwd_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst, Zan32s* pNumLevels,
+                                                 Zan32s* pLastCoeff, const Zan16s* pScaleLevels,
+                                                 const Zan16s* pScanMatrix, Zan32s QP, Zan32s intra);
+ZanStatus zaniQuantizeResidual4x4Fwd_H264_16s32s_C1(const Zan16s* pSrc, Zan32s* pDst, Zan32s* pNumLevels,
+                                                    Zan32s* pLastCoeff, const Zan16s* pScaleLevels,
+                                                    const Zan16s* pScanMatrix, Zan32s QP, Zan32s intra);
+ZanStatus zaniQuantizeResidual4x4Fwd_H264_32s_C1(const Zan32s* pSrc, Zan32s* pDst, Zan32s* pNumLevels,
+                                                 Zan32s* pLastCoeff, const Zan16s* pScaleLevels,
+                                                 const Zan16s* pScanMatrix, Zan32s QP, Zan32s intra);
+/* Forward core transform of pSrc (left untouched; 16-bit wrap-around in the
+ * 16s form, 32-bit in the 16s32s form), then the quantisation of
+ * zaniQuantizeResidual4x4Fwd_* into pDst.
+ * Checks: pointers (not pScaleLevels) -8; QP above 51 (16s) or above 87
+ * (16s32s) -11. */
+ZanStatus zaniTransformQuantFwd4x4_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst, Zan32s QP, Zan32s* pNumLevels,
+                                               Zan32s intra, const Zan16s* pScanMatrix, Zan32s* pLastCoeff,
+                                               const Zan16s* pScaleLevels);
+ZanStatus zaniTransformQuantFwd4x4_H264_16s32s_C1(const Zan16s* pSrc, Zan32s* pDst, Zan32s QP, Zan32s* pNumLevels,
+                                                  Zan32s intra, const Zan16s* pScanMatrix, Zan32s* pLastCoeff,
+                                                  const Zan16s* pScaleLevels);
+/* Luma DC in place: the halved Hadamard of zaniTransformQuantLumaDC_* (kept
+ * to 16 bits in the 16s form, 32-bit wrap-around in the 32s form) goes to
+ * pTBlock; then levels with the position-0 factor of row QP % 6, s = 16 + q,
+ * r = (1 << (16 + q + intra)) / 6, or with pScaleLevels[0], s = 12 + q,
+ * r = (1 << (12 + q + intra)) / 6; levels into pSrcDst, count and last.
+ * Checks: pointers (not pScaleLevels) -8; QP outside 0..51 (16s) or 0..87
+ * (32s) -11. */
+ZanStatus zaniTransformQuantFwdLumaDC4x4_H264_16s_C1I(Zan16s* pSrcDst, Zan16s* pTBlock, Zan32s QP,
+                                                      Zan32s* pNumLevels, Zan32s intra, const Zan16s* pScanMatrix,
+                                                      Zan32s* pLastCoeff, const Zan16s* pScaleLevels);
+ZanStatus zaniTransformQuantFwdLumaDC4x4_H264_32s_C1I(Zan32s* pSrcDst, Zan32s* pTBlock, Zan32s QP,
+                                                      Zan32s* pNumLevels, Zan32s intra, const Zan16s* pScanMatrix,
+                                                      Zan32s* pLastCoeff, const Zan16s* pScaleLevels);
+/* Chroma DC in place.  2x2: the transform of zaniTransformQuantChromaDC_*
+ * (omitted when needTransform is 0); 2x4 (two wide, four tall, raster, for
+ * 4:2:2): rows through (1 1) (1 -1), columns through the 4x4 Hadamard rows.
+ * The values (16 bits kept in the 16s forms, 32-bit wrap-around in the 32s
+ * forms) go to pTBlock, then levels as for the luma DC, except that the 2x4
+ * forms take q and QP % 6 from QP + 3.  Levels into pSrcDst, the count into
+ * *pNumLevels.
+ * Checks: pointers (not pScaleLevels) -8; QP outside 0..39 (16s) or 0..75
+ * (32s) -11. */
+ZanStatus zaniTransformQuantFwdChromaDC2x2_H264_16s_C1I(Zan16s* pSrcDst, Zan16s* pTBlock, Zan32s QP,
+                                                        Zan32s* pNumLevels, Zan32s intra, Zan32s needTransform,
+                                                        const Zan16s* pScaleLevels);
+ZanStatus zaniTransformQuantFwdChromaDC2x2_H264_32s_C1I(Zan32s* pSrcDst, Zan32s* pTBlock, Zan32s QP,
+                                                        Zan32s* pNumLevels, Zan32s intra, Zan32s needTransform,
+                                                        const Zan16s* pScaleLevels);
+ZanStatus zaniTransformQuantFwdChromaDC2x4_H264_16s_C1I(Zan16s* pSrcDst, Zan16s* pTBlock, Zan32s QP,
+                                                        Zan32s* pNumLevels, Zan32s intra, Zan32s needTransform,
+                                                        const Zan16s* pScaleLevels);
+ZanStatus zaniTransformQuantFwdChromaDC2x4_H264_32s_C1I(Zan32s* pSrcDst, Zan32s* pTBlock, Zan32s QP,
+                                                        Zan32s* pNumLevels, Zan32s intra, Zan32s needTransform,
+                                                        const Zan16s* pScaleLevels);
+
+/* Forward 8x8 integer transform (the transpose of the standard's inverse
+ * 8x8 core, with its halvings and quarterings), each row, then each column.
+ * With s07 = x0 + x7, d07 = x0 - x7 and so on, a0 = s07 + s34,
+ * a1 = s16 + s25, a2 = s07 - s34, a3 = s16 - s25,
+ * a4 = d16 + d25 + d07 + (d07 >> 1), a5 = d07 - d34 - d25 - (d25 >> 1),
+ * a6 = d07 + d34 - d16 - (d16 >> 1), a7 = d16 - d25 + d34 + (d34 >> 1):
+ * y0 = a0 + a1, y1 = a4 + (a7 >> 2), y2 = a2 + (a3 >> 1), y3 = a5 + (a6 >> 2),
+ * y4 = a0 - a1, y5 = a6 - (a5 >> 2), y6 = (a2 >> 1) - a3, y7 = (a4 >> 2) - a7.
+ * Every intermediate wraps in 16 bits (16s forms) or 32 bits (16s32s). */
+ZanStatus zaniTransformLuma8x8Fwd_H264_16s_C1I(Zan16s* pSrcDst);
+ZanStatus zaniTransformFwdLuma8x8_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst);
+ZanStatus zaniTransformFwdLuma8x8_H264_16s32s_C1(const Zan16s* pSrc, Zan32s* pDst);
+/* 8x8 quantisation of 64 values with the caller's pScaleLevels (required):
+ * s = 12 + Qp6, r = 682 << (Qp6 + 1) for intra, 342 << (Qp6 + 1) otherwise;
+ * pScanMatrix has 64 entries.  pSrc and pDst may be the same block.
+ * Checks: pointers -8; Qp6 outside 0..8 (16s) or 0..14 (32s): zanStsQpBad
+ * (-192). */
+ZanStatus zaniQuantLuma8x8_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst, Zan32s Qp6, Zan32s intra,
+                                       const Zan16s* pScanMatrix, const Zan16s* pScaleLevels, Zan32s* pNumLevels,
+                                       Zan32s* pLastCoeff);
+ZanStatus zaniQuantLuma8x8_H264_32s_C1(const Zan32s* pSrc, Zan32s* pDst, Zan32s Qp6, Zan32s intra,
+                                       const Zan16s* pScanMatrix, const Zan16s* pScaleLevels, Zan32s* pNumLevels,
+                                       Zan32s* pLastCoeff);
+
+/* Level-scale arrays from a scaling list (raster order; 16 bytes, or 8 rows
+ * of 8 bytes srcStep bytes apart for 8x8; srcStep unchecked) for one QP % 6:
+ *   inverse[k] = w[k] * normalisation(QpRem, k)   (4x4: 10, 13, 16, ... as
+ *     in the standard, e.g. 160 for w = 16; 8x8: 20, 19, 25, 19, ...);
+ *   forward[k] = (forward factor(QpRem, k) * 16) / w[k] as an exact integer
+ *     division, saturated to 32767; a zero list entry gives 32767.
+ * Checks: pointers -8; QpRem above 5: -11 (4x4), zanStsQpBad -192 (8x8). */
+ZanStatus zaniGenScaleLevel4x4_H264_8u16s_C1(const Zan8u* pSrcScaling, Zan16s* pDstInvScale, Zan16s* pDstFwdScale,
+                                             Zan32s QpRem);
+ZanStatus zaniGenScaleLevel8x8_H264_8u16s_D2(const Zan8u* pSrcScaling, Zan32s srcStep, Zan16s* pDstInvScale,
+                                             Zan16s* pDstFwdScale, Zan32s QpRem);
+
+
 /* ==== end of h264fwd ==== */
 
 /* ==== vc1xform: VC-1 transforms and quantisation ==== */
