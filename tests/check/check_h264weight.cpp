@@ -1,0 +1,280 @@
+// Every weighted-prediction vector kernel against its scalar rule: random
+// and extreme samples, weights over the whole signed 16-bit range (and the
+// H.264 range -128..127 with its ends), offsets and rounding terms over the
+// whole 32-bit range, shift counts 0..7 and beyond 31, distinct U and V
+// parameters, every alignment, tight, odd, wide and negative steps, in place
+// and out of place, with guard bands around every output.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "check/harness.h"
+#include "h264/h264weight.h"
+
+namespace {
+
+using namespace zan;
+using namespace zan::check;
+using zan::h264weight::Params;
+
+const h264weight::Kernels& kernels() { return for_path(u8::h264weight::kernels, n8::h264weight::kernels); }
+
+// A weight: mostly the H.264 range with its ends, sometimes anything a
+// signed 16-bit lane holds.
+Zan32s weight(Rng& rng) {
+    switch (rng.below(6)) {
+        case 0: return rng.below(2) ? -128 : 127;
+        case 1: return rng.below(2) ? -32768 : 32767;
+        case 2: return rng.range(-32768, 32767);
+        case 3: return rng.range(-2, 2);
+        default: return rng.range(-128, 127);
+    }
+}
+Zan32s offset(Rng& rng) {
+    switch (rng.below(5)) {
+        case 0: return rng.below(2) ? -128 : 127;
+        case 1: return static_cast<Zan32s>(rng.next());
+        case 2: return rng.range(-70000, 70000);
+        default: return rng.range(-128, 127);
+    }
+}
+Zan32s log2wd(Rng& rng) {
+    switch (rng.below(8)) {
+        case 0: return rng.range(8, 40);
+        case 1: return rng.range(-3, -1);
+        default: return rng.range(0, 7);
+    }
+}
+
+// Parameters as one of the forms builds them, or raw, with U and V apart
+// half of the time.  max: the clamp's top.
+Params params(Rng& rng, Zan32s max) {
+    Params p{};
+    switch (rng.below(5)) {
+        case 0: p = h264weight::uni_params(log2wd(rng), weight(rng), offset(rng), max); break;
+        case 1: p = h264weight::bi_params(log2wd(rng), weight(rng), offset(rng), weight(rng), offset(rng), max); break;
+        case 2: p = h264weight::implicit_params(weight(rng), weight(rng), max); break;
+        case 3:
+            p = h264weight::average_params(weight(rng), weight(rng), log2wd(rng), offset(rng));
+            p.max = max;
+            break;
+        default:
+            p = {{weight(rng), weight(rng)}, {weight(rng), weight(rng)}, {offset(rng), offset(rng)},
+                 static_cast<Zan32s>(rng.next()), static_cast<Zan32u>(rng.range(0, 33)), max};
+            break;
+    }
+    if (rng.below(2)) {
+        p.w1[1] = weight(rng);
+        p.w2[1] = weight(rng);
+        p.offset[1] = offset(rng);
+    }
+    return p;
+}
+Zan32s depth_max(Rng& rng) {
+    if (rng.below(4) == 0) return rng.range(0, 65535);
+    return h264weight::depth_max(rng.range(1, 16));
+}
+
+std::string describe(const Params& p) {
+    return "w1 " + std::to_string(p.w1[0]) + "/" + std::to_string(p.w1[1]) + " w2 " + std::to_string(p.w2[0]) + "/" +
+           std::to_string(p.w2[1]) + " offset " + std::to_string(p.offset[0]) + "/" + std::to_string(p.offset[1]) +
+           " round " + std::to_string(p.round) + " shift " + std::to_string(p.shift) + " max " + std::to_string(p.max);
+}
+
+// One step of the list for a draw, and an alignment (even for 16-bit samples).
+Zan32s pick_step(int d, int salt, Zan32s widthBytes, Zan32s elem) {
+    auto s = steps_for(widthBytes, elem);
+    return s[static_cast<size_t>(d / (salt + 1) + salt) % s.size()];
+}
+Zan32s pick_align(Rng& rng, Zan32s elem) { return static_cast<Zan32s>(rng.below(64)) & ~(elem - 1); }
+
+#define WHERE(e, d, p) (e).name << " draw " << (d) << " " << describe(p) << " seed " << seed()
+
+// Two identical destinations, one for the rule and one for the kernel: a
+// random guard byte everywhere, then (for the in-place forms) the block's
+// rows copied from a source region.
+struct Outputs {
+    Region want, got;
+    Zan32s widthBytes, height, step;
+    Outputs(Zan32s widthBytes_, Zan32s height_, Zan32s step_, Zan32s align, Rng& rng)
+        : want(widthBytes_, height_, step_, align), got(widthBytes_, height_, step_, align),
+          widthBytes(widthBytes_), height(height_), step(step_) {
+        Zan8u guard = static_cast<Zan8u>(rng.below(256));
+        want.set(guard);
+        got.set(guard);
+    }
+    void load(Region& src) {
+        for (Zan32s y = 0; y < height; ++y) {
+            std::memcpy(want.origin() + static_cast<std::ptrdiff_t>(step) * y,
+                        src.origin() + static_cast<std::ptrdiff_t>(src.step()) * y, static_cast<size_t>(widthBytes));
+            std::memcpy(got.origin() + static_cast<std::ptrdiff_t>(step) * y,
+                        src.origin() + static_cast<std::ptrdiff_t>(src.step()) * y, static_cast<size_t>(widthBytes));
+        }
+    }
+};
+
+TEST(CheckH264Weight, UniDirectional8u) {
+    Rng rng(1);
+    for (const auto& e : kernels().uni8)
+        for (int d = 0; d < draws(); ++d) {
+            Params p = params(rng, 255);
+            if (!h264weight::vector_weights(p)) continue;
+            Zan32s ss = pick_step(d, 0, e.width, 1), ds = pick_step(d, 1, e.width, 1);
+            bool inPlace = d % 3 == 0;
+            if (inPlace) {
+                // The source is the destination.
+                Outputs o(e.width, e.height, ss, pick_align(rng, 1), rng);
+                Region src(e.width, e.height, ss, 0);
+                src.fill(rng);
+                o.load(src);
+                e.rule(o.want.origin(), ss, o.want.origin(), ss, p);
+                e.simd(o.got.origin(), ss, o.got.origin(), ss, p);
+                ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " in place, step " << ss;
+            } else {
+                Region src(e.width, e.height, ss, pick_align(rng, 1));
+                src.fill(rng);
+                Outputs o(e.width, e.height, ds, pick_align(rng, 1), rng);
+                e.rule(src.origin(), ss, o.want.origin(), ds, p);
+                e.simd(src.origin(), ss, o.got.origin(), ds, p);
+                ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " steps " << ss << "/" << ds;
+            }
+        }
+}
+
+TEST(CheckH264Weight, BiDirectional8u) {
+    Rng rng(2);
+    for (const auto& e : kernels().bi8)
+        for (int d = 0; d < draws(); ++d) {
+            Params p = params(rng, 255);
+            if (!h264weight::vector_weights(p)) continue;
+            Zan32s as = pick_step(d, 0, e.width, 1), bs = pick_step(d, 1, e.width, 1), ds = pick_step(d, 2, e.width, 1);
+            Region a(e.width, e.height, as, pick_align(rng, 1));
+            a.fill(rng);
+            if (d % 4 == 0) {
+                // Written over the second source, as the weighted average does.
+                Outputs o(e.width, e.height, bs, pick_align(rng, 1), rng);
+                Region b(e.width, e.height, bs, 0);
+                b.fill(rng);
+                o.load(b);
+                e.rule(a.origin(), as, o.want.origin(), bs, o.want.origin(), bs, p);
+                e.simd(a.origin(), as, o.got.origin(), bs, o.got.origin(), bs, p);
+                ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " over the second source, steps " << as
+                                                   << "/" << bs;
+            } else {
+                Region b(e.width, e.height, bs, pick_align(rng, 1));
+                b.fill(rng);
+                Outputs o(e.width, e.height, ds, pick_align(rng, 1), rng);
+                e.rule(a.origin(), as, b.origin(), bs, o.want.origin(), ds, p);
+                e.simd(a.origin(), as, b.origin(), bs, o.got.origin(), ds, p);
+                ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " steps " << as << "/" << bs << "/" << ds;
+            }
+        }
+}
+
+// 16-bit samples over the whole 16-bit range half of the time (the kernels
+// must read samples of 32768 and more as unsigned), else within the depth.
+void fill16(Region& r, Rng& rng, int d, Zan32s max) { r.fill16(rng, 0, d % 2 ? 65535 : (max > 0 ? max : 1)); }
+
+TEST(CheckH264Weight, UniDirectional16u) {
+    Rng rng(3);
+    for (const auto& e : kernels().uni16)
+        for (int d = 0; d < draws(); ++d) {
+            Params p = params(rng, depth_max(rng));
+            if (!h264weight::vector_params16(p)) continue;
+            Zan32s bytes = 2 * e.width;
+            Zan32s ss = pick_step(d, 0, bytes, 2), ds = pick_step(d, 1, bytes, 2);
+            if (d % 3 == 0) {
+                Outputs o(bytes, e.height, ss, pick_align(rng, 2), rng);
+                Region src(bytes, e.height, ss, 0);
+                fill16(src, rng, d, p.max);
+                o.load(src);
+                e.rule(o.want.as<Zan16u>(), ss / 2, o.want.as<Zan16u>(), ss / 2, p);
+                e.simd(o.got.as<Zan16u>(), ss / 2, o.got.as<Zan16u>(), ss / 2, p);
+                ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " in place, step " << ss;
+            } else {
+                Region src(bytes, e.height, ss, pick_align(rng, 2));
+                fill16(src, rng, d, p.max);
+                Outputs o(bytes, e.height, ds, pick_align(rng, 2), rng);
+                e.rule(src.as<Zan16u>(), ss / 2, o.want.as<Zan16u>(), ds / 2, p);
+                e.simd(src.as<Zan16u>(), ss / 2, o.got.as<Zan16u>(), ds / 2, p);
+                ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " steps " << ss << "/" << ds;
+            }
+        }
+}
+
+TEST(CheckH264Weight, BiDirectional16u) {
+    Rng rng(4);
+    for (const auto& e : kernels().bi16)
+        for (int d = 0; d < draws(); ++d) {
+            Params p = params(rng, depth_max(rng));
+            if (!h264weight::vector_params16(p)) continue;
+            Zan32s bytes = 2 * e.width;
+            Zan32s as = pick_step(d, 0, bytes, 2), bs = pick_step(d, 1, bytes, 2), ds = pick_step(d, 2, bytes, 2);
+            Region a(bytes, e.height, as, pick_align(rng, 2)), b(bytes, e.height, bs, pick_align(rng, 2));
+            fill16(a, rng, d, p.max);
+            fill16(b, rng, d / 2, p.max);
+            Outputs o(bytes, e.height, ds, pick_align(rng, 2), rng);
+            e.rule(a.as<Zan16u>(), as / 2, b.as<Zan16u>(), bs / 2, o.want.as<Zan16u>(), ds / 2, p);
+            e.simd(a.as<Zan16u>(), as / 2, b.as<Zan16u>(), bs / 2, o.got.as<Zan16u>(), ds / 2, p);
+            ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " steps " << as << "/" << bs << "/" << ds;
+        }
+}
+
+TEST(CheckH264Weight, Average16u) {
+    Rng rng(5);
+    for (const auto& e : kernels().avg16)
+        for (int d = 0; d < draws(); ++d) {
+            Zan32s max = d % 5 == 0 ? rng.range(65536, 1 << 20) : depth_max(rng);
+            Zan32s height = rng.range(1, 16);
+            Zan32s bytes = 2 * e.width;
+            Zan32s as = pick_step(d, 0, bytes, 2), bs = pick_step(d, 1, bytes, 2), ds = pick_step(d, 2, bytes, 2);
+            Region a(bytes, height, as, pick_align(rng, 2)), b(bytes, height, bs, pick_align(rng, 2));
+            fill16(a, rng, d, max);
+            fill16(b, rng, d / 2, max);
+            Outputs o(bytes, height, ds, pick_align(rng, 2), rng);
+            e.rule(a.as<Zan16u>(), as / 2, b.as<Zan16u>(), bs / 2, o.want.as<Zan16u>(), ds / 2, height, max);
+            e.simd(a.as<Zan16u>(), as / 2, b.as<Zan16u>(), bs / 2, o.got.as<Zan16u>(), ds / 2, height, max);
+            ASSERT_TRUE(o.want.same_as(o.got))
+                << e.name << " draw " << d << " height " << height << " max " << max << " steps " << as << "/" << bs
+                << "/" << ds << " seed " << seed();
+        }
+}
+
+// Every combination of extreme weights, offsets and shift counts on blocks
+// of extreme samples, for the largest kernels of each kind.
+TEST(CheckH264Weight, ExtremeCorners) {
+    Rng rng(6);
+    const Zan32s ws[] = {-32768, -128, -1, 0, 1, 127, 32767};
+    const Zan32s os[] = {-2147483647 - 1, -128, 0, 127, 2147483647};
+    const Zan32s ls[] = {0, 1, 7, 15, 31, 32, -1};
+    const auto& k = kernels();
+    const auto& uni = k.uni8[k.uni8.size() - 1];
+    const auto& bi = k.bi8[k.bi8.size() - 1];
+    const auto& bi16 = k.bi16[k.bi16.size() - 1];
+    Region a(32, 16, 48, 1), b(32, 16, 48, 2);
+    for (Zan32s w1 : ws)
+        for (Zan32s w2 : ws)
+            for (Zan32s o : os)
+                for (Zan32s l : ls) {
+                    a.fill(rng);
+                    b.fill(rng);
+                    Params p = h264weight::bi_params(l, w1, o, w2, o, 255);
+                    Params q = h264weight::uni_params(l, w1, o, 255);
+                    q.w1[1] = w2;
+                    Outputs x(32, 16, 40, 3, rng), y(32, 16, 40, 3, rng), z(32, 16, 40, 4, rng);
+                    bi.rule(a.origin(), 48, b.origin(), 48, x.want.origin(), 40, p);
+                    bi.simd(a.origin(), 48, b.origin(), 48, x.got.origin(), 40, p);
+                    ASSERT_TRUE(x.want.same_as(x.got)) << WHERE(bi, 0, p);
+                    uni.rule(a.origin(), 48, y.want.origin(), 40, q);
+                    uni.simd(a.origin(), 48, y.got.origin(), 40, q);
+                    ASSERT_TRUE(y.want.same_as(y.got)) << WHERE(uni, 0, q);
+                    Params r = h264weight::bi_params(l, w1, o, w2, 0, 65535 >> (l & 7));
+                    a.fill16(rng, 0, 65535);
+                    b.fill16(rng, 0, 65535);
+                    bi16.rule(a.as<Zan16u>(), 24, b.as<Zan16u>(), 24, z.want.as<Zan16u>(), 20, r);
+                    bi16.simd(a.as<Zan16u>(), 24, b.as<Zan16u>(), 24, z.got.as<Zan16u>(), 20, r);
+                    ASSERT_TRUE(z.want.same_as(z.got)) << WHERE(bi16, 0, r);
+                }
+}
+
+}  // namespace
