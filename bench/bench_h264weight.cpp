@@ -6,7 +6,8 @@
 // the L1 cache.  Rows lie kStep bytes apart; sources start one byte past a
 // 16-byte boundary (two bytes for 16-bit samples), the destination on one.
 // Parameters are those of a typical explicit weighting: log2wd 5, weights
-// 40 and 24, offsets 3 and -2; 16-bit samples have 10 bits.
+// 40 and 24, offsets 3 and -2 (which the narrow 8-bit kernels take); 16-bit
+// samples have 10 bits.
 #include "bench_util.h"
 #include "h264/h264weight.h"
 
@@ -175,6 +176,8 @@ ZAN_BENCH_FAMILY(h264weight) {
     const Kernels& n = n8::h264weight::kernels;
     add_pairs<Uni8Fn>("h264weight", u.uni8, n.uni8, time_uni8);
     add_pairs<Bi8Fn>("h264weight", u.bi8, n.bi8, time_bi8);
+    add_pairs<Uni8Fn>("h264weight", u.uni8Narrow, n.uni8Narrow, time_uni8);
+    add_pairs<Bi8Fn>("h264weight", u.bi8Narrow, n.bi8Narrow, time_bi8);
     add_pairs<Uni16Fn>("h264weight", u.uni16, n.uni16, time_uni16);
     add_pairs<Bi16Fn>("h264weight", u.bi16, n.bi16, time_bi16);
     add_pairs<Avg16Fn>("h264weight", u.avg16, n.avg16, time_avg16);

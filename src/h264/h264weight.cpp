@@ -6,6 +6,8 @@
 // in wrapping 32-bit arithmetic.  The vector kernels form a * w1 + b * w2
 // with pmaddwd on interleaved (a, b) pairs, so they take weights that fit a
 // signed 16-bit lane; the wrappers run the scalar rule for wider weights.
+// For 8-bit samples, parameters whose sums fit 16 bits (the common H.264
+// cases) take the narrow kernels instead: one pmaddubsw per eight samples.
 #include "h264/h264weight.h"
 
 #include <bit>
@@ -171,6 +173,38 @@ inline __m128i weigh8(__m128i a, __m128i b, const Vec& v) {
     }
 }
 
+// The narrow form (parameters for which narrow8 holds): pmaddubsw forms
+// a * w1 + b * w2 of eight byte pairs in 16-bit lanes without saturating;
+// adding round keeps it in range; the shift counts as in the wide form; the
+// saturating offset add can only saturate where the clamp to 0..255 gives
+// the same answer.
+struct Narrow {
+    __m128i w, round, shift, offset;
+};
+inline Narrow narrow(const Params& p) {
+    Narrow v;
+    auto b = [](Zan32s x) { return static_cast<Zan8s>(x); };
+    v.w = _mm_setr_epi8(b(p.w1[0]), b(p.w2[0]), b(p.w1[1]), b(p.w2[1]), b(p.w1[0]), b(p.w2[0]), b(p.w1[1]),
+                        b(p.w2[1]), b(p.w1[0]), b(p.w2[0]), b(p.w1[1]), b(p.w2[1]), b(p.w1[0]), b(p.w2[0]),
+                        b(p.w1[1]), b(p.w2[1]));
+    v.round = _mm_set1_epi16(static_cast<Zan16s>(p.round));
+    v.shift = _mm_cvtsi32_si128(static_cast<Zan32s>(p.shift));
+    auto h = [](Zan32s x) { return static_cast<Zan16s>(x); };
+    v.offset = _mm_setr_epi16(h(p.offset[0]), h(p.offset[1]), h(p.offset[0]), h(p.offset[1]), h(p.offset[0]),
+                              h(p.offset[1]), h(p.offset[0]), h(p.offset[1]));
+    return v;
+}
+inline __m128i finish_narrow(__m128i ab, const Narrow& v) {
+    __m128i sum = _mm_maddubs_epi16(ab, v.w);
+    return _mm_adds_epi16(_mm_sra_epi16(_mm_add_epi16(sum, v.round), v.shift), v.offset);
+}
+template <int N>
+inline __m128i weigh8_narrow(__m128i a, __m128i b, const Narrow& v) {
+    __m128i lo = finish_narrow(_mm_unpacklo_epi8(a, b), v);
+    if constexpr (N <= 8) return _mm_packus_epi16(lo, lo);
+    else return _mm_packus_epi16(lo, finish_narrow(_mm_unpackhi_epi8(a, b), v));
+}
+
 // a * w1 + b * w2 of four unsigned 16-bit pairs (a, b interleaved): pmaddwd
 // reads them as signed, so 65536 * w is added back for every sample of
 // 32768 or more.
@@ -223,6 +257,11 @@ struct Weigh8 {
     template <int N>
     __m128i operator()(__m128i a, __m128i b) const { return weigh8<N>(a, b, v); }
 };
+struct Weigh8Narrow {
+    Narrow v;
+    template <int N>
+    __m128i operator()(__m128i a, __m128i b) const { return weigh8_narrow<N>(a, b, v); }
+};
 struct Weigh16 {
     Vec v;
     template <int N>
@@ -236,6 +275,15 @@ void uni8_simd(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds, const Params& p) 
 template <int WB, int H>
 void bi8_simd(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, const Params& p) {
     blocks<WB, H, true>(a, as, b, bs, d, ds, Weigh8{vec(p)});
+}
+
+template <int WB, int H>
+void uni8_narrow(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds, const Params& p) {
+    blocks<WB, H, false>(s, ss, s, 0, d, ds, Weigh8Narrow{narrow(p)});
+}
+template <int WB, int H>
+void bi8_narrow(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, const Params& p) {
+    blocks<WB, H, true>(a, as, b, bs, d, ds, Weigh8Narrow{narrow(p)});
 }
 
 inline const Zan8u* bytes(const Zan16u* p) { return reinterpret_cast<const Zan8u*>(p); }
@@ -282,6 +330,10 @@ constexpr Bi8Fn kBi8[5][4] = {ZAN_ROW(bi8_simd, 2), ZAN_ROW(bi8_simd, 4), ZAN_RO
                               ZAN_ROW(bi8_simd, 16), ZAN_ROW(bi8_simd, 32)};
 constexpr Bi8Fn kBi8Rule[5][4] = {ZAN_ROW(bi8_rule, 2), ZAN_ROW(bi8_rule, 4), ZAN_ROW(bi8_rule, 8),
                                   ZAN_ROW(bi8_rule, 16), ZAN_ROW(bi8_rule, 32)};
+constexpr Uni8Fn kUni8Narrow[5][4] = {ZAN_ROW(uni8_narrow, 2), ZAN_ROW(uni8_narrow, 4), ZAN_ROW(uni8_narrow, 8),
+                                      ZAN_ROW(uni8_narrow, 16), ZAN_ROW(uni8_narrow, 32)};
+constexpr Bi8Fn kBi8Narrow[5][4] = {ZAN_ROW(bi8_narrow, 2), ZAN_ROW(bi8_narrow, 4), ZAN_ROW(bi8_narrow, 8),
+                                    ZAN_ROW(bi8_narrow, 16), ZAN_ROW(bi8_narrow, 32)};
 constexpr Uni16Fn kUni16[4][4] = {ZAN_ROW(uni16_simd, 2), ZAN_ROW(uni16_simd, 4), ZAN_ROW(uni16_simd, 8),
                                   ZAN_ROW(uni16_simd, 16)};
 constexpr Uni16Fn kUni16Rule[4][4] = {ZAN_ROW(uni16_rule, 2), ZAN_ROW(uni16_rule, 4), ZAN_ROW(uni16_rule, 8),
@@ -301,9 +353,10 @@ constexpr Avg16Fn kAvg16Rule[15] = ZAN_WIDTHS(avg16_rule);
 
 // ============================================================= catalogue
 
-#define ZAN_SIZES(prefix, rule, simd, W)                                                    \
-    {prefix #W "x2", rule<W, 2>, simd<W, 2>, W, 2, 0}, {prefix #W "x4", rule<W, 4>, simd<W, 4>, W, 4, 0}, \
-        {prefix #W "x8", rule<W, 8>, simd<W, 8>, W, 8, 0}, {prefix #W "x16", rule<W, 16>, simd<W, 16>, W, 16, 0}
+#define ZAN_SIZES_P(prefix, rule, simd, W, P)                                                          \
+    {prefix #W "x2", rule<W, 2>, simd<W, 2>, W, 2, P}, {prefix #W "x4", rule<W, 4>, simd<W, 4>, W, 4, P},         \
+        {prefix #W "x8", rule<W, 8>, simd<W, 8>, W, 8, P}, {prefix #W "x16", rule<W, 16>, simd<W, 16>, W, 16, P}
+#define ZAN_SIZES(prefix, rule, simd, W) ZAN_SIZES_P(prefix, rule, simd, W, 0)
 
 constexpr KernelPair<Uni8Fn> kUni8Pairs[] = {
     ZAN_SIZES("unidir_8u_", uni8_rule, uni8_simd, 2),  ZAN_SIZES("unidir_8u_", uni8_rule, uni8_simd, 4),
@@ -315,6 +368,20 @@ constexpr KernelPair<Bi8Fn> kBi8Pairs[] = {
     ZAN_SIZES("bidir_8u_", bi8_rule, bi8_simd, 8),  ZAN_SIZES("bidir_8u_", bi8_rule, bi8_simd, 16),
     ZAN_SIZES("bidir_8u_", bi8_rule, bi8_simd, 32),
 };
+constexpr KernelPair<Uni8Fn> kUni8NarrowPairs[] = {
+    ZAN_SIZES_P("unidir_8u_narrow_", uni8_rule, uni8_narrow, 2, 1),
+    ZAN_SIZES_P("unidir_8u_narrow_", uni8_rule, uni8_narrow, 4, 1),
+    ZAN_SIZES_P("unidir_8u_narrow_", uni8_rule, uni8_narrow, 8, 1),
+    ZAN_SIZES_P("unidir_8u_narrow_", uni8_rule, uni8_narrow, 16, 1),
+    ZAN_SIZES_P("unidir_8u_narrow_", uni8_rule, uni8_narrow, 32, 1),
+};
+constexpr KernelPair<Bi8Fn> kBi8NarrowPairs[] = {
+    ZAN_SIZES_P("bidir_8u_narrow_", bi8_rule, bi8_narrow, 2, 1),
+    ZAN_SIZES_P("bidir_8u_narrow_", bi8_rule, bi8_narrow, 4, 1),
+    ZAN_SIZES_P("bidir_8u_narrow_", bi8_rule, bi8_narrow, 8, 1),
+    ZAN_SIZES_P("bidir_8u_narrow_", bi8_rule, bi8_narrow, 16, 1),
+    ZAN_SIZES_P("bidir_8u_narrow_", bi8_rule, bi8_narrow, 32, 1),
+};
 constexpr KernelPair<Uni16Fn> kUni16Pairs[] = {
     ZAN_SIZES("unidir_16u_", uni16_rule, uni16_simd, 2), ZAN_SIZES("unidir_16u_", uni16_rule, uni16_simd, 4),
     ZAN_SIZES("unidir_16u_", uni16_rule, uni16_simd, 8), ZAN_SIZES("unidir_16u_", uni16_rule, uni16_simd, 16),
@@ -324,6 +391,7 @@ constexpr KernelPair<Bi16Fn> kBi16Pairs[] = {
     ZAN_SIZES("bidir_16u_", bi16_rule, bi16_simd, 8), ZAN_SIZES("bidir_16u_", bi16_rule, bi16_simd, 16),
 };
 #undef ZAN_SIZES
+#undef ZAN_SIZES_P
 
 #define ZAN_AVG(W) {"average_16u_w" #W, avg16_rule<W>, avg16_simd<W>, W, 0, 0}
 constexpr KernelPair<Avg16Fn> kAvg16Pairs[] = {
@@ -334,7 +402,7 @@ constexpr KernelPair<Avg16Fn> kAvg16Pairs[] = {
 
 }  // namespace
 
-const Kernels kernels = {kUni8Pairs, kBi8Pairs, kUni16Pairs, kBi16Pairs, kAvg16Pairs};
+const Kernels kernels = {kUni8Pairs, kBi8Pairs, kUni8NarrowPairs, kBi8NarrowPairs, kUni16Pairs, kBi16Pairs, kAvg16Pairs};
 
 // ========================================================= wrapper helpers
 
@@ -346,11 +414,11 @@ inline int size_class(Zan32s v) { return std::countr_zero(static_cast<Zan32u>(v)
 
 // wc: class of the row's bytes (0..4), hc: class of the height.
 inline void uni8(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds, const Params& p, int wc, int hc) {
-    (vector_weights(p) ? kUni8 : kUni8Rule)[wc][hc](s, ss, d, ds, p);
+    (narrow8(p) ? kUni8Narrow : vector_weights(p) ? kUni8 : kUni8Rule)[wc][hc](s, ss, d, ds, p);
 }
 inline void bi8(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, const Params& p, int wc,
                 int hc) {
-    (vector_weights(p) ? kBi8 : kBi8Rule)[wc][hc](a, as, b, bs, d, ds, p);
+    (narrow8(p) ? kBi8Narrow : vector_weights(p) ? kBi8 : kBi8Rule)[wc][hc](a, as, b, bs, d, ds, p);
 }
 
 // Checks of a 16-bit record: pointers, steps, sizes.

@@ -63,6 +63,23 @@ constexpr bool vector_weights(const Params& p) {
 }
 constexpr bool vector_params16(const Params& p) { return vector_weights(p) && p.max >= 0 && p.max <= 65535; }
 
+// True when the narrow 8-bit kernels take these parameters: weights fit a
+// signed byte, a * w1 + b * w2 + round fits a signed 16-bit lane for every
+// pair of 8-bit samples, and the offsets fit one too.  This holds for the
+// common H.264 cases (explicit uni-directional weights with log2wd up to 7,
+// bi-directional ones whose magnitudes sum to at most 128 with log2wd up to
+// 6, implicit weights of 0..64).
+constexpr bool narrow8(const Params& p) {
+    if (p.round < -32768 || p.round > 32767) return false;
+    for (int k = 0; k < 2; ++k) {
+        Zan32s a = p.w1[k], b = p.w2[k];
+        if (a < -128 || a > 127 || b < -128 || b > 127 || !fits16(p.offset[k])) return false;
+        Zan32s pos = 255 * ((a > 0 ? a : 0) + (b > 0 ? b : 0)), neg = 255 * ((a < 0 ? a : 0) + (b < 0 ? b : 0));
+        if (pos > 32767 || neg < -32768 || pos + p.round > 32767 || neg + p.round < -32768) return false;
+    }
+    return true;
+}
+
 // One source, written to pDst (pDst == pSrc for the in-place forms).  8-bit
 // steps in bytes, 16-bit steps in samples.
 using Uni8Fn = void (*)(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, const Params& p);
@@ -79,10 +96,14 @@ using Avg16Fn = void (*)(const Zan16u* pSrc1, Zan32s src1Step, const Zan16u* pSr
 // Catalogue (h264weight.cpp).  width: bytes of a row for the 8-bit kernels
 // (2, 4, 8, 16, 32: an interleaved block of w pairs uses the 2w-byte kernel),
 // samples for the 16-bit ones; height: rows (avg16: 0, any height 1..16).
-// param: 0.
+// param: 1 for the narrow kernels (parameters for which narrow8 holds), 0
+// for the others (parameters for which vector_weights, and for 16-bit
+// samples vector_params16, holds).
 struct Kernels {
     KernelList<Uni8Fn> uni8;
     KernelList<Bi8Fn> bi8;
+    KernelList<Uni8Fn> uni8Narrow;
+    KernelList<Bi8Fn> bi8Narrow;
     KernelList<Uni16Fn> uni16;
     KernelList<Bi16Fn> bi16;
     KernelList<Avg16Fn> avg16;

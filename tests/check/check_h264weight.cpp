@@ -240,6 +240,114 @@ TEST(CheckH264Weight, Average16u) {
         }
 }
 
+// Parameters the narrow 8-bit kernels take: drawn as the forms build them
+// with byte-sized weights (and at the edge of the 16-bit sum) until they
+// qualify.
+Params narrow_params(Rng& rng) {
+    for (;;) {
+        auto w = [&] { return rng.below(4) == 0 ? (rng.below(2) ? -128 : 127) : rng.range(-128, 127); };
+        Zan32s l = rng.below(6) == 0 ? rng.range(8, 40) : rng.range(0, 7);
+        Params p{};
+        switch (rng.below(5)) {
+            case 0: p = h264weight::uni_params(l, w(), offset(rng), 255); break;
+            case 1: {
+                Zan32s w1 = w();
+                Zan32s room = 128 - (w1 < 0 ? -w1 : w1);  // |w1| + |w2| <= 128
+                p = h264weight::bi_params(l, w1, offset(rng), rng.range(-room, room > 127 ? 127 : room), offset(rng), 255);
+                break;
+            }
+            case 2: {
+                Zan32s w2 = rng.range(0, 64);
+                p = h264weight::implicit_params(64 - w2, w2, 255);
+                break;
+            }
+            case 3: p = h264weight::average_params(w(), w(), l, offset(rng)); break;
+            default:
+                p = {{w(), w()}, {w(), w()}, {offset(rng), offset(rng)}, rng.range(-32768, 32767),
+                     static_cast<Zan32u>(rng.range(0, 33)), 255};
+                break;
+        }
+        if (rng.below(2)) {
+            p.w1[1] = w();
+            p.w2[1] = p.w2[0] == 0 ? 0 : w();
+            p.offset[1] = offset(rng);
+        }
+        if (h264weight::narrow8(p)) return p;
+    }
+}
+
+TEST(CheckH264Weight, NarrowUniDirectional8u) {
+    Rng rng(7);
+    for (const auto& e : kernels().uni8Narrow)
+        for (int d = 0; d < draws(); ++d) {
+            Params p = narrow_params(rng);
+            p.w2[0] = p.w2[1] = 0;
+            if (!h264weight::narrow8(p)) continue;
+            Zan32s ss = pick_step(d, 0, e.width, 1), ds = pick_step(d, 1, e.width, 1);
+            Region src(e.width, e.height, ss, pick_align(rng, 1));
+            src.fill(rng);
+            Outputs o(e.width, e.height, d % 3 == 0 ? ss : ds, pick_align(rng, 1), rng);
+            if (d % 3 == 0) {
+                o.load(src);
+                e.rule(o.want.origin(), ss, o.want.origin(), ss, p);
+                e.simd(o.got.origin(), ss, o.got.origin(), ss, p);
+            } else {
+                e.rule(src.origin(), ss, o.want.origin(), ds, p);
+                e.simd(src.origin(), ss, o.got.origin(), ds, p);
+            }
+            ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " steps " << ss << "/" << ds;
+        }
+}
+
+TEST(CheckH264Weight, NarrowBiDirectional8u) {
+    Rng rng(8);
+    for (const auto& e : kernels().bi8Narrow)
+        for (int d = 0; d < draws(); ++d) {
+            Params p = narrow_params(rng);
+            Zan32s as = pick_step(d, 0, e.width, 1), bs = pick_step(d, 1, e.width, 1), ds = pick_step(d, 2, e.width, 1);
+            Region a(e.width, e.height, as, pick_align(rng, 1)), b(e.width, e.height, bs, pick_align(rng, 1));
+            a.fill(rng);
+            b.fill(rng);
+            Outputs o(e.width, e.height, ds, pick_align(rng, 1), rng);
+            e.rule(a.origin(), as, b.origin(), bs, o.want.origin(), ds, p);
+            e.simd(a.origin(), as, b.origin(), bs, o.got.origin(), ds, p);
+            ASSERT_TRUE(o.want.same_as(o.got)) << WHERE(e, d, p) << " steps " << as << "/" << bs << "/" << ds;
+        }
+}
+
+// The narrow test of the parameters is exact at its edges: a 16-bit sum of
+// 32767 qualifies, one more does not, and the kernel agrees with the rule on
+// the samples that reach it.
+TEST(CheckH264Weight, NarrowEdge) {
+    Params p = h264weight::bi_params(6, 127, 0, 1, 0, 255);  // 255 * 128 + 64 = 32704
+    EXPECT_TRUE(h264weight::narrow8(p));
+    p.round = 32767 - 255 * 128;
+    EXPECT_TRUE(h264weight::narrow8(p));
+    p.round += 1;
+    EXPECT_FALSE(h264weight::narrow8(p));
+    p = h264weight::bi_params(0, -128, 0, -1, 0, 255);  // sum down to -32895: does not fit
+    EXPECT_FALSE(h264weight::narrow8(p));
+    p = h264weight::bi_params(0, -128, 0, 0, 0, 255);
+    p.round = -128;  // -32640 - 128 = -32768 fits
+    EXPECT_TRUE(h264weight::narrow8(p));
+    EXPECT_FALSE(h264weight::narrow8(h264weight::uni_params(0, 128, 0, 255)));
+    EXPECT_FALSE(h264weight::narrow8(h264weight::uni_params(0, 1, 40000, 255)));
+    Rng rng(9);
+    const auto& k = kernels();
+    const auto& bi = k.bi8Narrow[k.bi8Narrow.size() - 1];
+    for (Params q : {h264weight::bi_params(6, 127, 127, 1, 127, 255), h264weight::bi_params(6, -128, -128, 0, 127, 255)}) {
+        q.round = q.w1[0] > 0 ? 32767 - 255 * 128 : -128;
+        ASSERT_TRUE(h264weight::narrow8(q));
+        Region a(32, 16, 32, 0), b(32, 16, 32, 0);
+        a.set(255);
+        b.set(255);
+        Outputs o(32, 16, 32, 0, rng);
+        bi.rule(a.origin(), 32, b.origin(), 32, o.want.origin(), 32, q);
+        bi.simd(a.origin(), 32, b.origin(), 32, o.got.origin(), 32, q);
+        ASSERT_TRUE(o.want.same_as(o.got)) << describe(q);
+    }
+}
+
 // Every combination of extreme weights, offsets and shift counts on blocks
 // of extreme samples, for the largest kernels of each kind.
 TEST(CheckH264Weight, ExtremeCorners) {
