@@ -5,6 +5,8 @@
 // parameters, every alignment, tight, odd, wide and negative steps, in place
 // and out of place, with guard bands around every output.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstring>
 
@@ -346,6 +348,82 @@ TEST(CheckH264Weight, NarrowEdge) {
         bi.simd(a.origin(), 32, b.origin(), 32, o.got.origin(), 32, q);
         ASSERT_TRUE(o.want.same_as(o.got)) << describe(q);
     }
+}
+
+// Memory whose readable part ends against an inaccessible page: a block
+// placed so that its last row ends there faults on any read past its rows.
+class PageEnd {
+public:
+    explicit PageEnd(std::size_t bytes) {
+        page_ = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        rw_ = (bytes + page_ - 1) / page_ * page_;
+        void* m = mmap(nullptr, rw_ + page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        map_ = m == MAP_FAILED ? nullptr : static_cast<Zan8u*>(m);
+        if (map_ && mprotect(map_ + rw_, page_, PROT_NONE) != 0) {
+            munmap(map_, rw_ + page_);
+            map_ = nullptr;
+        }
+    }
+    ~PageEnd() {
+        if (map_) munmap(map_, rw_ + page_);
+    }
+    PageEnd(const PageEnd&) = delete;
+    PageEnd& operator=(const PageEnd&) = delete;
+    bool ok() const { return map_ != nullptr; }
+    // Origin of a block of rows of widthBytes, step apart, ending at the page.
+    Zan8u* block(Zan32s widthBytes, Zan32s height, Zan32s step) {
+        std::memset(map_, 0x5A, rw_);
+        return map_ + rw_ - static_cast<std::size_t>(step) * static_cast<std::size_t>(height - 1) -
+               static_cast<std::size_t>(widthBytes);
+    }
+
+private:
+    std::size_t page_ = 0, rw_ = 0;
+    Zan8u* map_ = nullptr;
+};
+
+TEST(CheckH264Weight, KernelsReadOnlyTheirRows) {
+    const auto& k = kernels();
+    Rng rng(10);
+    PageEnd a(4096), b(4096), d(4096);
+    ASSERT_TRUE(a.ok() && b.ok() && d.ok());
+    for (int tight = 0; tight < 2; ++tight) {
+        for (const auto* list : {&k.uni8, &k.uni8Narrow})
+            for (const auto& e : *list) {
+                Zan32s step = e.width + (tight ? 0 : 3);
+                Params p = narrow_params(rng);
+                p.w2[0] = p.w2[1] = 0;
+                e.simd(a.block(e.width, e.height, step), step, d.block(e.width, e.height, step), step, p);
+            }
+        for (const auto* list : {&k.bi8, &k.bi8Narrow})
+            for (const auto& e : *list) {
+                Zan32s step = e.width + (tight ? 0 : 5);
+                Params p = narrow_params(rng);
+                e.simd(a.block(e.width, e.height, step), step, b.block(e.width, e.height, step), step,
+                       d.block(e.width, e.height, step), step, p);
+            }
+        for (const auto& e : k.uni16) {
+            Zan32s step = e.width + (tight ? 0 : 1);
+            Params p = h264weight::uni_params(3, 9, 1, 1023);
+            e.simd(reinterpret_cast<Zan16u*>(a.block(2 * e.width, e.height, 2 * step)), step,
+                   reinterpret_cast<Zan16u*>(d.block(2 * e.width, e.height, 2 * step)), step, p);
+        }
+        for (const auto& e : k.bi16) {
+            Zan32s step = e.width + (tight ? 0 : 1);
+            Params p = h264weight::bi_params(3, 9, 1, -4, 0, 1023);
+            e.simd(reinterpret_cast<Zan16u*>(a.block(2 * e.width, e.height, 2 * step)), step,
+                   reinterpret_cast<Zan16u*>(b.block(2 * e.width, e.height, 2 * step)), step,
+                   reinterpret_cast<Zan16u*>(d.block(2 * e.width, e.height, 2 * step)), step, p);
+        }
+        for (const auto& e : k.avg16)
+            for (Zan32s h : {1, 7, 16}) {
+                Zan32s step = e.width + (tight ? 0 : 1);
+                e.simd(reinterpret_cast<Zan16u*>(a.block(2 * e.width, h, 2 * step)), step,
+                       reinterpret_cast<Zan16u*>(b.block(2 * e.width, h, 2 * step)), step,
+                       reinterpret_cast<Zan16u*>(d.block(2 * e.width, h, 2 * step)), step, h, 1023);
+            }
+    }
+    SUCCEED() << "no kernel touched the page after its last row";
 }
 
 // Every combination of extreme weights, offsets and shift counts on blocks
