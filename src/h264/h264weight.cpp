@@ -130,8 +130,10 @@ inline void scatter(Zan8u* p, Zan32s step, __m128i v) {
 
 // The parameters in vector form.  Lane pairs of w hold (w1, w2) of even
 // samples, then of odd samples; offset holds the even, odd, even, odd offsets.
+// round16 is the rounding term of the 16-bit kernels, which see samples
+// less 32768: it adds back 32768 * (w1 + w2) for each lane's parity.
 struct Vec {
-    __m128i w, round, shift, offset, top;
+    __m128i w, round, round16, shift, offset, top;
 };
 inline Vec vec(const Params& p) {
     Vec v;
@@ -139,16 +141,23 @@ inline Vec vec(const Params& p) {
                          static_cast<Zan16s>(p.w2[1]), static_cast<Zan16s>(p.w1[0]), static_cast<Zan16s>(p.w2[0]),
                          static_cast<Zan16s>(p.w1[1]), static_cast<Zan16s>(p.w2[1]));
     v.round = _mm_set1_epi32(p.round);
+    auto r16 = [&](int k) {
+        return static_cast<Zan32s>(static_cast<Zan32u>(p.round) +
+                                   32768u * static_cast<Zan32u>(p.w1[k] + p.w2[k]));
+    };
+    v.round16 = _mm_setr_epi32(r16(0), r16(1), r16(0), r16(1));
     v.shift = _mm_cvtsi32_si128(static_cast<Zan32s>(p.shift));  // as unsigned: 32 or more fills with the sign
     v.offset = _mm_setr_epi32(p.offset[0], p.offset[1], p.offset[0], p.offset[1]);
     v.top = _mm_set1_epi16(static_cast<Zan16s>(p.max - 32768));
     return v;
 }
 
-// Four sums of products (32-bit) to the shifted, offset result.
-inline __m128i finish(__m128i sum, const Vec& v) {
-    return _mm_add_epi32(_mm_sra_epi32(_mm_add_epi32(sum, v.round), v.shift), v.offset);
+// Four sums of products (32-bit) plus a rounding term to the shifted,
+// offset result.
+inline __m128i finish(__m128i sum, __m128i round, const Vec& v) {
+    return _mm_add_epi32(_mm_sra_epi32(_mm_add_epi32(sum, round), v.shift), v.offset);
 }
+inline __m128i finish(__m128i sum, const Vec& v) { return finish(sum, v.round, v); }
 
 // 8-bit samples: the first N (4, 8 or 16) bytes of a and b weighed and
 // clamped to 0..255.  For one source b is zero and w2 is zero.
@@ -205,12 +214,12 @@ inline __m128i weigh8_narrow(__m128i a, __m128i b, const Narrow& v) {
     else return _mm_packus_epi16(lo, finish_narrow(_mm_unpackhi_epi8(a, b), v));
 }
 
-// a * w1 + b * w2 of four unsigned 16-bit pairs (a, b interleaved): pmaddwd
-// reads them as signed, so 65536 * w is added back for every sample of
-// 32768 or more.
-inline __m128i madd_u16(__m128i ab, __m128i w) {
-    __m128i high = _mm_madd_epi16(_mm_srai_epi16(ab, 15), w);  // -(w1 [a >= 32768] + w2 [b >= 32768])
-    return _mm_sub_epi32(_mm_madd_epi16(ab, w), _mm_slli_epi32(high, 16));
+// (a - 32768) * w1 + (b - 32768) * w2 of four unsigned 16-bit pairs (a, b
+// interleaved): flipping the top bit makes them signed for pmaddwd.  The
+// one sum that overflows (both -32768 times -32768) wraps to the right value
+// modulo 2^32, which is all the formula keeps.
+inline __m128i madd_biased(__m128i ab, __m128i w) {
+    return _mm_madd_epi16(_mm_xor_si128(ab, _mm_set1_epi16(-32768)), w);
 }
 
 // Four 32-bit results clamped below at 0 and biased by -32768, ready for a
@@ -224,8 +233,8 @@ inline __m128i bias16(__m128i r) {
 // clamped to 0..max (max at most 65535).
 template <int N>
 inline __m128i weigh16(__m128i a, __m128i b, const Vec& v) {
-    __m128i r0 = bias16(finish(madd_u16(_mm_unpacklo_epi16(a, b), v.w), v));
-    __m128i r1 = N == 16 ? bias16(finish(madd_u16(_mm_unpackhi_epi16(a, b), v.w), v)) : r0;
+    __m128i r0 = bias16(finish(madd_biased(_mm_unpacklo_epi16(a, b), v.w), v.round16, v));
+    __m128i r1 = N == 16 ? bias16(finish(madd_biased(_mm_unpackhi_epi16(a, b), v.w), v.round16, v)) : r0;
     __m128i s = _mm_min_epi16(_mm_packs_epi32(r0, r1), v.top);
     return _mm_xor_si128(s, _mm_set1_epi16(-32768));
 }
