@@ -1186,7 +1186,9 @@ ZanStatus zaniPredictIntraChroma8x8_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstSt
  * otherwise).  A step below the block width gives zanStsStepBad (so a
  * negative step does too).  Checks, in order: null pointers
  * (zanStsNullPtr), steps (zanStsStepBad), sizes (zanStsSizeBad).  Nothing is
- * written on failure.  Exactly the block's samples are read and written. */
+ * written on failure.  Exactly the block's samples are read and written.
+ * A destination either is one of the sources (the in-place forms, or the
+ * same pointer and step) or does not overlap them. */
 
 /* Interleaved (two-channel U/V) block: widths count sample pairs, steps are
  * in bytes and are compared with that width value.  pSrc2 and src2Step are
