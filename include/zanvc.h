@@ -1615,6 +1615,140 @@ ZanStatus zaniQuantInvInterNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDs
 
 /* ==== h264weight: H.264 weighted prediction ==== */
 
+/* Explicit and implicit weighted sample prediction of H.264 (clause 8.4.2.3)
+ * on blocks that interpolation has produced.  The caller gives the weights,
+ * offsets and log2 denominator (and works out implicit weights); the library
+ * computes the sample formula.  Arithmetic is in 32 bits (two's complement,
+ * wrapping), then each result is clamped to 0..255, or in the 16-bit forms
+ * to 0..(1 << bitDepth) - 1, and stored.  With a, b the samples of the two
+ * sources and s that of the one source:
+ *   uni-directional: r = log2wd != 0 ? 1 << (log2wd - 1) : 0;
+ *                    out = ((s * w + r) >> log2wd) + o
+ *   bi-directional:  out = ((a * w1 + b * w2 + (1 << log2wd)) >> (log2wd + 1))
+ *                          + ((o1 + o2 + 1) >> 1)
+ *   implicit:        out = (a * w1 + b * w2 + 32) >> 6
+ * Shifts are arithmetic.  Weights, offsets and log2wd are not checked; a
+ * shift count of 32 or more (or a negative count, seen as unsigned) leaves
+ * 0 or -1 by the sign, and 1 << n is 0 for such counts.  In H.264 terms
+ * log2wd lies in 0..7 and weights and offsets in -128..127.
+ *
+ * Block sizes: width and height each 2, 4, 8 or 16 (zanStsSizeBad
+ * otherwise).  A step below the block width gives zanStsStepBad (so a
+ * negative step does too).  Checks, in order: null pointers
+ * (zanStsNullPtr), steps (zanStsStepBad), sizes (zanStsSizeBad).  Nothing is
+ * written on failure.  Exactly the block's samples are read and written.
+ * A destination either is one of the sources (the in-place forms, or the
+ * same pointer and step) or does not overlap them. */
+
+/* Interleaved (two-channel U/V) block: widths count sample pairs, steps are
+ * in bytes and are compared with that width value.  pSrc2 and src2Step are
+ * not used by the uni-directional form. */
+typedef struct {
+    const Zan8u* pSrc1;
+    Zan32s       src1Step;
+    const Zan8u* pSrc2;
+    Zan32s       src2Step;
+    Zan8u*       pDst;
+    Zan32s       dstStep;
+    Zan32s       width;   /* sample pairs */
+    Zan32s       height;
+} ZanWeightBlockRecord;
+
+/* Weights of one reference list for an interleaved block.  Only the low 4
+ * bits of log2Denominator are used. */
+typedef struct {
+    Zan32u log2Denominator;
+    Zan8s  weightU;
+    Zan8s  weightV;
+    Zan8s  offsetU;
+    Zan8s  offsetV;
+} ZanWeightRecord;
+
+/* 16-bit sample block: steps count samples.  bitDepth sets the clamp
+ * 0..(1 << bitDepth) - 1 and is not checked; 1..16 are its meaningful values
+ * (others give a deterministic but meaningless clamp). */
+typedef struct {
+    const Zan16u* pSrc1;
+    Zan32s        src1Step;
+    const Zan16u* pSrc2;
+    Zan32s        src2Step;
+    Zan16u*       pDst;
+    Zan32s        dstStep;
+    Zan32s        bitDepth;
+    Zan32s        width;
+    Zan32s        height;
+} ZanBidirRecord;
+
+/* Uni-directional explicit weighting in place.  Checks: pSrcDst null;
+ * srcDstStep below roiSize.width; size.  The C1IR form is the same
+ * function. */
+ZanStatus zaniUniDirWeightBlock_H264_8u_C1R(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s log2wd, Zan32s w,
+                                            Zan32s o, ZaniSize roiSize);
+ZanStatus zaniUniDirWeightBlock_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s log2wd, Zan32s w,
+                                             Zan32s o, ZaniSize roiSize);
+
+/* Uni-directional weighting of an interleaved block from pSrc1 to pDst, U
+ * (even bytes) with weightU, offsetU and V (odd bytes) with weightV,
+ * offsetV; log2wd is log2Denominator & 15.  Checks: pBlock, pWeight, then
+ * pBlock->pSrc1, pBlock->pDst null; src1Step or dstStep below width; size. */
+ZanStatus zaniUniDirWeightBlock_H264_8u_C2R(const ZanWeightBlockRecord* pBlock, const ZanWeightRecord* pWeight);
+
+/* Bi-directional explicit weighting, pDst from pSrc1 (list 0: w1, o1) and
+ * pSrc2 (list 1: w2, o2).  P2P1R: both sources share srcStep.  Checks:
+ * pSrc1, pSrc2, pDst null; a source step or dstStep below roiSize.width;
+ * size. */
+ZanStatus zaniBiDirWeightBlock_H264_8u_P2P1R(const Zan8u* pSrc1, const Zan8u* pSrc2, Zan8u* pDst, Zan32s srcStep,
+                                             Zan32s dstStep, Zan32s log2wd, Zan32s w1, Zan32s o1, Zan32s w2,
+                                             Zan32s o2, ZaniSize roiSize);
+ZanStatus zaniBiDirWeightBlock_H264_8u_P3P1R(const Zan8u* pSrc1, const Zan8u* pSrc2, Zan8u* pDst, Zan32s src1Step,
+                                             Zan32s src2Step, Zan32s dstStep, Zan32s log2wd, Zan32s w1, Zan32s o1,
+                                             Zan32s w2, Zan32s o2, ZaniSize roiSize);
+
+/* Bi-directional weighting of an interleaved block: pSrc1 with the list-0
+ * record, pSrc2 with the list-1 record, each channel with its own weights
+ * and offsets; log2wd is pWeight0->log2Denominator & 15 (that of pWeight1 is
+ * not used).  Checks: pBlock, pWeight0, pWeight1, then pBlock->pSrc1,
+ * pBlock->pSrc2, pBlock->pDst null; src1Step, src2Step or dstStep below
+ * width; size. */
+ZanStatus zaniBiDirWeightBlock_H264_8u_C2R(const ZanWeightBlockRecord* pBlock, const ZanWeightRecord* pWeight0,
+                                           const ZanWeightRecord* pWeight1);
+
+/* Implicit bi-directional weighting, no offsets.  Checks as for the explicit
+ * forms. */
+ZanStatus zaniBiDirWeightBlockImplicit_H264_8u_P2P1R(const Zan8u* pSrc1, const Zan8u* pSrc2, Zan8u* pDst,
+                                                     Zan32s srcStep, Zan32s dstStep, Zan32s w1, Zan32s w2,
+                                                     ZaniSize roiSize);
+ZanStatus zaniBiDirWeightBlockImplicit_H264_8u_P3P1R(const Zan8u* pSrc1, const Zan8u* pSrc2, Zan8u* pDst,
+                                                     Zan32s src1Step, Zan32s src2Step, Zan32s dstStep, Zan32s w1,
+                                                     Zan32s w2, ZaniSize roiSize);
+
+/* Weighted average written over the second source:
+ *   r = shift >= 1 ? 1 << (shift - 1) : 0;
+ *   out = ((a * w1 + r + b * w2) >> shift) + o, clamped to 0..255,
+ * a from pSrc1, b from pSrc2Dst, both rows srcDstStep apart.  Checks: pSrc1,
+ * pSrc2Dst null; srcDstStep below roiSize.width; size. */
+ZanStatus zaniWeightedAverage_H264_8u_C1IR(const Zan8u* pSrc1, Zan8u* pSrc2Dst, Zan32s srcDstStep, Zan32s w1,
+                                           Zan32s w2, Zan32s shift, Zan32s o, ZaniSize roiSize);
+
+/* 16-bit uni-directional weighting in place, srcDstStep in samples, clamp to
+ * 0..(1 << bitDepth) - 1.  Checks: pSrcDst null; srcDstStep below
+ * roiSize.width; size. */
+ZanStatus zaniUnidirWeight_H264_16u_IP2P1R(Zan16u* pSrcDst, Zan32s srcDstStep, Zan32s log2wd, Zan32s w, Zan32s o,
+                                           ZaniSize roiSize, Zan32s bitDepth);
+
+/* 16-bit bi-directional explicit and implicit weighting.  Checks: pRec, then
+ * pRec->pSrc1, pSrc2, pDst null; src1Step, src2Step or dstStep below width;
+ * size (2, 4, 8 or 16). */
+ZanStatus zaniBidirWeight_H264_16u_P2P1R(const ZanBidirRecord* pRec, Zan32s log2wd, Zan32s w1, Zan32s o1,
+                                         Zan32s w2, Zan32s o2);
+ZanStatus zaniBidirWeightImplicit_H264_16u_P2P1R(const ZanBidirRecord* pRec, Zan32s w1, Zan32s w2);
+
+/* 16-bit plain average out = (a + b + 1) >> 1, clamped to
+ * 0..(1 << bitDepth) - 1 like every 16-bit form.  Checks: pRec, then
+ * pRec->pSrc1, pSrc2, pDst null; width or height outside 2..16 (any value in
+ * between, odd ones too): zanStsSizeBad.  Steps are not checked. */
+ZanStatus zaniBidir_H264_16u_P2P1R(const ZanBidirRecord* pRec);
+
 /* ==== end of h264weight ==== */
 
 /* ==== h264interp: H.264 interpolation and picture boundaries ==== */
