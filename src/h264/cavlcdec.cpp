@@ -6,6 +6,7 @@
 // implementation on both paths (see cavlcdec.h).
 #include "h264/cavlcdec.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "common/path.h"
@@ -172,42 +173,93 @@ inline void skip(WordCursor& c, Zan32u n) {
     }
 }
 
-// Reads n bits for any n: beyond 32, the last 32 bits are the value.
-inline Zan32u read_any(WordCursor& c, Zan32u n) {
-    if (n > 32) {
-        skip(c, n - 32);
-        n = 32;
-    }
-    return c.read(static_cast<Zan32s>(n));
-}
+// A block-local reader with the word cursor's results: the bits from the
+// cursor on are held left-aligned in a 64-bit window, so that reads, look-
+// aheads, give-backs and zero counts cost shifts instead of loads.  A word is
+// loaded only when a read needs bits from it, so no word is touched that a
+// read on the word cursor would not touch.  Bits beyond the valid count are
+// zero.  The cursor is written back from the count of bits consumed.
+struct BitWindow {
+    const Zan32u* start;  // cursor at entry
+    Zan32s startOffset;
+    const Zan32u* next;  // next word to load
+    std::uint64_t v;     // loaded bits, left-aligned
+    Zan32s k;            // bits of v loaded
+    Zan32s u;            // bits of v consumed (u <= k)
 
-// Counts the zero bits up to the next 1 bit and consumes them and the 1.
-// Whole words are searched at once; the result and the cursor are those of a
-// bit-by-bit count, and no word beyond the one holding the 1 is read.
-inline Zan32s count_prefix(WordCursor& c) {
-    const Zan32u w = c.p[0] & kBitMask[c.offset + 1];  // bits offset .. 0
-    Zan32s p;
-    Zan32s top;
-    if (w) {
-        top = 31 - __builtin_clz(w);
-        p = c.offset - top;
-    } else {
-        p = c.offset + 1;
-        ++c.p;
-        while (c.p[0] == 0) {
-            p += 32;
-            ++c.p;
+    BitWindow(const Zan32u* p, Zan32s offset)
+        : start(p),
+          startOffset(offset),
+          next(p + 1),
+          v(static_cast<std::uint64_t>(p[0] << (31 - offset)) << 32),
+          k(offset + 1),
+          u(0) {}
+
+    // Drops the consumed bits and loads the next word behind the rest.
+    void refill() {
+        v <<= u;
+        k -= u;
+        u = 0;
+        v |= static_cast<std::uint64_t>(*next++) << (32 - k);
+        k += 32;
+    }
+    // Reads n bits, 0 <= n <= 32.
+    Zan32u read(Zan32s n) {
+        if (k - u < n) refill();
+        const Zan32u r = static_cast<Zan32u>(((v << u) >> (63 - n)) >> 1);
+        u += n;
+        return r;
+    }
+    // Gives back n bits of the last read.
+    void give_back(Zan32s n) { u -= n; }
+    // Counts the zero bits up to the next 1 bit and consumes them and the 1:
+    // the count and the cursor of a bit-by-bit count.
+    Zan32s count_prefix() {
+        Zan32s p = 0;
+        for (;;) {
+            const std::uint64_t w = v << u;
+            if (w) {
+                const Zan32s lz = __builtin_clzll(w);
+                u += lz + 1;
+                return p + lz;
+            }
+            p += k - u;
+            u = k;
+            refill();
         }
-        top = 31 - __builtin_clz(c.p[0]);
-        p += 31 - top;
     }
-    c.offset = top - 1;
-    if (c.offset < 0) {
-        c.offset = 31;
-        ++c.p;
+    // Moves n bits on; whole words are passed without loading them.
+    void skip(Zan32u n) {
+        if (n <= static_cast<Zan32u>(k - u)) {
+            u += static_cast<Zan32s>(n);
+            return;
+        }
+        n -= static_cast<Zan32u>(k - u);
+        next += n >> 5;
+        v = 0;
+        k = 0;
+        u = 0;
+        if (n & 31u) {
+            refill();
+            u = static_cast<Zan32s>(n & 31u);
+        }
     }
-    return p;
-}
+    // Reads n bits for any n: beyond 32, the last 32 bits are the value.
+    Zan32u read_any(Zan32u n) {
+        if (n > 32) {
+            skip(n - 32);
+            n = 32;
+        }
+        return read(static_cast<Zan32s>(n));
+    }
+    // Writes the cursor back.
+    void store(Zan32u** ppBitStream, Zan32s* pBitOffset) const {
+        const std::int64_t loaded = startOffset + 1 + 32 * static_cast<std::int64_t>(next - start - 1);
+        const std::int64_t at = 31 - startOffset + loaded - (k - u);  // bits from the top of *start
+        *ppBitStream = const_cast<Zan32u*>(start + at / 32);
+        *pBitOffset = static_cast<Zan32s>(31 - at % 32);
+    }
+};
 
 // ================================================================ blocks
 
@@ -220,7 +272,7 @@ enum class Form {
 
 template <class OutT>
 struct BlockArgs {
-    WordCursor c;
+    BitWindow c;
     Zan16s* pNumCoeff;
     OutT* blk;
     const Zan32u* tokenTable;  // null for the fixed 6-bit code
@@ -273,7 +325,7 @@ inline bool remap_token(Zan32s select, Zan32s rangeLen, Zan32s& total, Zan32s& t
 template <Form F, bool Wide, class OutT>
 Outcome decode_block(BlockArgs<OutT>& a) {
     constexpr bool kLeaveOnBadCode = F == Form::Idxs;  // failures past the token keep the cursor
-    WordCursor& c = a.c;
+    BitWindow& c = a.c;
 
     // 1. Coefficient token.
     Zan32s total, t;
@@ -321,7 +373,7 @@ Outcome decode_block(BlockArgs<OutT>& a) {
                 s = 2;
             else if (s < 6 && m > kVlcInc[s])
                 ++s;
-            const Zan32s p = count_prefix(c);
+            const Zan32s p = c.count_prefix();
             Zan32s level;
             if (p < 16) {
                 const Zan32u b = kLevel.bits[s][p];
@@ -330,7 +382,7 @@ Outcome decode_block(BlockArgs<OutT>& a) {
                 level = (code & 1u) ? -static_cast<Zan32s>(m) : static_cast<Zan32s>(m);
             } else {
                 const Zan32u k = static_cast<Zan32u>(p - 3);
-                const Zan32u r = read_any(c, k);
+                const Zan32u r = c.read_any(k);
                 const Zan32u pow = k < 32 ? (1u << k) : 0u;
                 const Zan32u L = 2u * first + kSadd[s] + pow + (15u << s) + r - 4096u;
                 const Zan32s Ls = static_cast<Zan32s>(L);
@@ -421,7 +473,7 @@ ZanStatus coeffs_4x4(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCoeff
     if (coeffLimit != 16 && coeffLimit != 15) return zanStsOutOfRange;
     const Zan32u* token = token_table(ppTblCoeffToken, uVLCSelect);
     if (uVLCSelect < 8 && !token) return zanStsNullPtr;
-    BlockArgs<OutT> a{WordCursor(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, token, 0,
+    BlockArgs<OutT> a{BitWindow(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, token, 0,
                       ppTblTotalZeros, ppTblRunBefore, pScan, coeffLimit, 16 - coeffLimit, 16};
     return finish<Form::Block, Wide>(a, ppBitStream, pBitOffset, ppPosCoefbuf);
 }
@@ -454,7 +506,7 @@ ZanStatus chroma_dc_420(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCo
     }
     if (!ppPosCoefbuf || !pTblCoeffToken || !ppTblTotalZeros || !ppTblRunBefore) return zanStsNullPtr;
     if (!*ppPosCoefbuf) return zanStsNullPtr;
-    BlockArgs<OutT> a{c, pNumCoeff, *ppPosCoefbuf, pTblCoeffToken, 0, ppTblTotalZeros, ppTblRunBefore, nullptr,
+    BlockArgs<OutT> a{BitWindow(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, pTblCoeffToken, 0, ppTblTotalZeros, ppTblRunBefore, nullptr,
                       cavlc::kBlockDc420, 0, 16};
     return finish<Form::Dc420, Wide>(a, ppBitStream, pBitOffset, ppPosCoefbuf);
 }
@@ -467,7 +519,7 @@ ZanStatus chroma_dc_422(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCo
         !ppTblRunBefore)
         return zanStsNullPtr;
     if (!*ppBitStream || !*ppPosCoefbuf) return zanStsNullPtr;
-    BlockArgs<OutT> a{WordCursor(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, pTblCoeffToken, 0,
+    BlockArgs<OutT> a{BitWindow(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, pTblCoeffToken, 0,
                       ppTblTotalZeros, ppTblRunBefore, nullptr, cavlc::kBlockDc422, 0, 16};
     return finish<Form::Dc422, Wide>(a, ppBitStream, pBitOffset, ppPosCoefbuf);
 }
@@ -546,7 +598,7 @@ ZanStatus zaniDecodeCAVLCCoeffsIdxs_H264_1u16s(Zan32u** ppBitStream, Zan32s* pBi
     if (uVLCSelect < 8 && !token) return zanStsNullPtr;
     const Zan32s select = uVLCSelect < 8 ? static_cast<Zan32s>(uVLCSelect) : 7;
     const Zan32s rangeLen = static_cast<Zan16s>(lastIdx - firstIdx + 1);
-    BlockArgs<Zan16s> a{WordCursor(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, token, select,
+    BlockArgs<Zan16s> a{BitWindow(*ppBitStream, *pBitOffset), pNumCoeff, *ppPosCoefbuf, token, select,
                         ppTblTotalZeros, ppTblRunBefore, pScan, coeffLimit, firstIdx, rangeLen};
     return finish<Form::Idxs, false>(a, ppBitStream, pBitOffset, ppPosCoefbuf);
 }

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "api/mpeg12_tables.h"
+#include "mpeg12_tables.h"
 #include "zanvc.h"
 
 namespace zan::cavlctest {
