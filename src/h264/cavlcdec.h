@@ -4,8 +4,11 @@
 //
 // Bit-stream parsing has no vector kernel worth writing: the scalar code in
 // cavlcdec.cpp is the implementation on both paths (the one vector use is
-// the 16- or 8-byte clear of the output block).  There is therefore no
-// catalogue; the benchmarks time the two bodies of each export directly.
+// the clear of the output block).  There is therefore no catalogue; the
+// benchmarks time the two bodies of each export directly.  Block decoding
+// reads through a 64-bit bit window over the cursor (a word is loaded only
+// when a read needs its bits) and counts level prefixes with one leading-zero
+// count per window, not bit by bit.
 //
 // The library's own constant tables, shared by both paths:
 //   level decoding  bits to read and offset to add by suffix length (0..6)

@@ -209,9 +209,10 @@ enum class TzKind { Block4x4, Dc420, Dc422 };
 // Writes one block as the standard's encoder does (clause 9.2 read
 // backwards).  coeffs: the levels at scan positions 0 .. maxNumCoeff - 1 of
 // the coded range.  column: 0..4 a Table 9-5 column, 5 the 6-bit fixed code
-// of nC >= 8.  tzIndexOf maps TotalCoeff to the tzVlcIndex of the table
-// family tz (identity for ordinary blocks).  Returns false for a level that
-// no code can carry.
+// of nC >= 8.  total_zeros is written (when TotalCoeff is below
+// coeffs.size()) with tzVlcIndex TotalCoeff + tzOffset of the table family tz
+// (offset 0 for ordinary blocks).  Returns false for a level that no code can
+// carry.
 inline bool write_block(Bits& b, const std::vector<int>& coeffs, int column, TzKind tz,
                         int tzOffset = 0) {
     const int maxNum = static_cast<int>(coeffs.size());
