@@ -440,6 +440,10 @@ TEST(Cavlc, LevelEscapesAtTheirLimits) {
     // Prefix 18: 15 bits, r = 32767: L = 15 + 32768 + 15 + 32767 - 4096
     // = 61469, odd: -30735 (fits 16 bits).
     run(std::string(18, '0') + "1" + std::string(15, '1'), -30735, 34);
+    // Prefix 40 (damaged streams only): 37 suffix bits, of which the last 32
+    // are the value, and 2^37 counts as 0: r = 4096 gives L = 15 + 15 = 30,
+    // level 16; all 37 bits are consumed.
+    run(std::string(40, '0') + "1" + "11111" + "00000000000000000001000000000000", 16, 78);
 }
 
 TEST(Cavlc, SixteenBitFormKeepsLowBitsOfHugeLevels) {
