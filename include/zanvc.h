@@ -1611,6 +1611,125 @@ ZanStatus zaniQuantInvInterNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDs
 
 /* ==== cavlcdec: H.264 CAVLC and Exp-Golomb decoding ==== */
 
+/* One residual block of H.264 CAVLC, or one Exp-Golomb value, from the word
+ * cursor (ppBitStream: the native 32-bit word holding the next bit; pBitOffset:
+ * that bit's number, 31 = most significant, down to 0).  One readable word must
+ * follow the coded data.  On success the cursor is left right behind the code.
+ *
+ * Code tables are the caller's, built with zaniHuffmanRunLevelTableInitAlloc_32s
+ * (coefficient token: each row (code, trailing ones, total coefficients)) and
+ * zaniHuffmanTableInitAlloc_32s (total zeros, run before: rows (code, value)),
+ * from the standard's Tables 9-5, 9-7 to 9-10.  A walk that ends on the invalid
+ * entry (mark 61681) is an invalid code.
+ *   ppTblCoeffToken  3 token tables: uVLCSelect 0,1 -> [0]; 2,3 -> [1]; 4..7 -> [2];
+ *                    8 and above: the 6-bit fixed code (top 4 bits x, low 2 bits
+ *                    trailing ones T; x 0 with T 3 is the empty block, otherwise
+ *                    total x + 1).
+ *   ppTblTotalZeros  total-zeros tables by total coefficients (row 0 unused).
+ *   ppTblRunBefore   run-before tables by zeros left.
+ *   pScan            raster position within the 16-element block by scan index.
+ * Rows are tested for null only when the stream selects them (-8 then, after
+ * *pNumCoeff and the block clear may have been written, cursor as at entry).
+ *
+ * Block decoding: token; *pNumCoeff = total; T trailing-one signs (1 = -1);
+ * a block with total 0 writes nothing more, leaves *ppPosCoefbuf alone and
+ * returns zanStsOk (cursor behind the token).  Otherwise the output block is
+ * cleared, the other levels decoded (suffix length 1 to start when total > 10
+ * and T < 3, else 0; +1 on the first level when T < 3; prefix 14/15 escapes;
+ * prefix 16 and above: p - 3 suffix bits with 2^(p-3) - 4096 added; the
+ * 16-bit forms keep a level's low 16 bits), total zeros read when total is
+ * below the limit, runs read while zeros remain and more than one coefficient
+ * is left (the last takes all zeros left), and each level stored at its scan
+ * index.  *ppPosCoefbuf then moves on one block.  Suffix bits of more than 32
+ * (prefix 36 and above, only in damaged streams): the last 32 are the value
+ * and 2^(p-3) counts modulo 2^32.
+ *
+ * Checks, in order: -8 any null argument, then *ppBitStream or *ppPosCoefbuf
+ * null; -11 uVLCSelect negative as a signed value or coeffLimit other than 16
+ * or 15 (not in the index form); -8 a selected table row that is null.
+ * zanStsVlcCodeBad (-74): an invalid token, total zeros or run before; the
+ * cursor is then as at entry (index form: as at entry for the token, left where
+ * the walk ended for total zeros and run before); *pNumCoeff keeps the count,
+ * the block holds what was placed, *ppPosCoefbuf has not moved. */
+
+/* 4x4 block: coeffLimit 16, or 15 for an AC block (scan indices 1..15; slot
+ * pScan[0] stays zero).  A level goes to pScan[n + z + 16 - coeffLimit - 1],
+ * n the coefficient's rank from 1 (lowest) and z the zeros below it.  Block of
+ * 16 elements.  On a damaged AC stream the index can reach 16: pScan should
+ * hold 17 entries whose values lie in 0..15. */
+ZanStatus zaniDecodeCAVLCCoeffs_H264_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCoeff,
+                                           Zan16s** ppPosCoefbuf, Zan32u uVLCSelect, Zan16s coeffLimit,
+                                           const Zan32u* const* ppTblCoeffToken,
+                                           const Zan32u* const* ppTblTotalZeros,
+                                           const Zan32u* const* ppTblRunBefore, const Zan32s* pScan);
+/* As above with 32-bit output and levels not truncated (high bit depth). */
+ZanStatus zaniDecodeCAVLCCoeffs_H264_1u32s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCoeff,
+                                           Zan32s** ppPosCoefbuf, Zan32u uVLCSelect, Zan16s coeffLimit,
+                                           const Zan32u* const* ppTblCoeffToken,
+                                           const Zan32u* const* ppTblTotalZeros,
+                                           const Zan32u* const* ppTblRunBefore, const Zan32s* pScan);
+/* A block limited to scan indices firstIdx..lastIdx; coeffLimit m is the count
+ * of coefficients that may be present (not checked).  With n = lastIdx -
+ * firstIdx + 1 (16-bit) below 16 the token is remapped: its rank in the code
+ * order of its table (select uVLCSelect, or 7 for the fixed code, which ranks
+ * like tables 4..7) picks the rank-th token, counted in the same order, among
+ * those with total <= n and T <= min(n, 3); a rank with no such token is an
+ * invalid token.  Total zeros are read when total < m, from row total when m
+ * is 15 or more, else from row min(total - m + 4, 3) (m < 5), min(total - m +
+ * 8, 7) (m 5..8) or min(total - m + 16, 15) (m > 8); the null test looks at row
+ * total (which must not be null), and also at the row walked.  A level goes to
+ * pScan[n + firstIdx + z - 1].  Block of 16 elements. */
+ZanStatus zaniDecodeCAVLCCoeffsIdxs_H264_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCoeff,
+                                               Zan16s** ppPosCoefbuf, Zan32u uVLCSelect, Zan16s coeffLimit,
+                                               const Zan32u* const* ppTblCoeffToken,
+                                               const Zan32u* const* ppTblTotalZeros,
+                                               const Zan32u* const* ppTblRunBefore, const Zan32s* pScan,
+                                               Zan32s firstIdx, Zan32s lastIdx);
+/* Chroma DC 4:2:0: block of 4 elements in plain order, limit 4, tables for
+ * nC = -1.  Fast path first, which needs only the cursor and pNumCoeff (tested
+ * first, -8): the next 5 bits are peeked.  A first bit 1 is the token (T 1,
+ * total 1): ppPosCoefbuf and *ppPosCoefbuf are tested (-8), the second bit is
+ * the sign (1 = -1), the last three give the position and the bits used
+ * (000: 3, 5; 001: 2, 5; 01x: 1, 4; 1xx: 0, 3), the 4 elements are cleared and
+ * the level stored, *pNumCoeff = 1, the block moves on.  Bits 01 are the empty
+ * block: *pNumCoeff = 0, cursor + 2 bits.  Otherwise the remaining pointers are
+ * tested (-8) and the full decode runs with pTblCoeffToken. */
+ZanStatus zaniDecodeCAVLCChromaDcCoeffs_H264_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCoeff,
+                                                   Zan16s** ppPosCoefbuf, const Zan32u* pTblCoeffToken,
+                                                   const Zan32u* const* ppTblTotalZeros,
+                                                   const Zan32u* const* ppTblRunBefore);
+ZanStatus zaniDecodeCAVLCChromaDcCoeffs_H264_1u32s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pNumCoeff,
+                                                   Zan32s** ppPosCoefbuf, const Zan32u* pTblCoeffToken,
+                                                   const Zan32u* const* ppTblTotalZeros,
+                                                   const Zan32u* const* ppTblRunBefore);
+/* Chroma DC 4:2:2: block of 8 elements, limit 8, tables for nC = -2; no fast
+ * path, all pointers tested at entry.  Coefficient k of the scan (0..7) goes to
+ * element 0, 2, 1, 4, 6, 3, 5, 7. */
+ZanStatus zaniDecodeCAVLCChroma422DcCoeffs_H264_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset,
+                                                      Zan16s* pNumCoeff, Zan16s** ppPosCoefbuf,
+                                                      const Zan32u* pTblCoeffToken,
+                                                      const Zan32u* const* ppTblTotalZeros,
+                                                      const Zan32u* const* ppTblRunBefore);
+ZanStatus zaniDecodeCAVLCChroma422DcCoeffs_H264_1u32s(Zan32u** ppBitStream, Zan32s* pBitOffset,
+                                                      Zan16s* pNumCoeff, Zan32s** ppPosCoefbuf,
+                                                      const Zan32u* pTblCoeffToken,
+                                                      const Zan32u* const* ppTblTotalZeros,
+                                                      const Zan32u* const* ppTblRunBefore);
+
+/* One Exp-Golomb value.  A first bit 1 gives 0.  Otherwise the zeros up to
+ * the next 1 are counted (the first bit included) as n, the 1 consumed.  With n
+ * below 17 (16-bit form) or 32 (32-bit form) n more bits v give c = 2^n + v:
+ * unsigned c - 1; signed c >> 1 when c is even, -(c >> 1) when odd; the 16-bit
+ * form keeps the low 16 bits.  A longer code is no error: the cursor moves n
+ * bits further, *pDst = 0, zanStsOk.  isSigned: the 16-bit form looks at its
+ * low 8 bits only, the 32-bit form at the whole value.
+ * Checks: -8 any null pointer, then *ppBitStream null; zanStsBadArg (-5)
+ * *pBitOffset above 31 as unsigned. */
+ZanStatus zaniDecodeExpGolombOne_H264_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan16s* pDst,
+                                            Zan32s isSigned);
+ZanStatus zaniDecodeExpGolombOne_H264_1u32s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan32s* pDst,
+                                            Zan32s isSigned);
+
 /* ==== end of cavlcdec ==== */
 
 /* ==== h264weight: H.264 weighted prediction ==== */

@@ -79,8 +79,10 @@ namespace zan::ZAN_PATH::vlc {
 // follows links (reading each sub-table's width of bits), and returns the
 // entry it ends on, cursor still behind all bits read.  The caller gives back
 // the entry's low byte (give_back(entry & 0xFF)) when it wants the cursor
-// right behind the code; the invalid entry has a low byte of 1.
-inline Zan32u walk_raw(WordCursor& c, const Zan32u* table) {
+// right behind the code; the invalid entry has a low byte of 1.  Any reader
+// with read(n) and give_back(n) of the word cursor's meaning will do.
+template <class Cursor>
+inline Zan32u walk_raw(Cursor& c, const Zan32u* table) {
     Zan32u e = table[c.read(static_cast<Zan32s>(table[0])) + 1];
     while (e & 0x80u) {
         Zan32u k = e >> 8;
@@ -90,7 +92,8 @@ inline Zan32u walk_raw(WordCursor& c, const Zan32u* table) {
 }
 
 // walk_raw followed by the give-back: the cursor ends right behind the code.
-inline Zan32u walk(WordCursor& c, const Zan32u* table) {
+template <class Cursor>
+inline Zan32u walk(Cursor& c, const Zan32u* table) {
     Zan32u e = walk_raw(c, table);
     c.give_back(static_cast<Zan32s>(e & 0xFFu));
     return e;
