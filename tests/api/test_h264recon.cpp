@@ -977,4 +977,262 @@ TEST(H264Recon, Chroma422MatchesModel) {
     }
 }
 
+
+// ================================================================== checks and edge cases
+
+// A picture of one value, a coefficient run, and a snapshot to compare.
+struct Scene {
+    std::vector<Zan8u> pic = std::vector<Zan8u>(kW * kH, 77);
+    std::vector<Zan16s> coef = std::vector<Zan16s>(512, 3);
+    Zan16s* cur = coef.data();
+    std::vector<Zan8u> pic0 = pic;
+    Zan8u* mb() { return pic.data() + kY0 * kW + kX0; }
+    bool untouched() const { return pic == pic0 && cur == coef.data(); }
+};
+
+const std::vector<Zan16s> kFlat4 = level_scale4(0, flat_weights(16));
+const std::vector<Zan16s> kFlat8 = level_scale8(0, flat_weights(64));
+const Zan32u kModes[16] = {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
+
+TEST(H264Recon, NullPointersComeFirst) {
+    Scene s;
+    Zan16s* nullCur = nullptr;
+    // a null pointer wins over a bad QP, a bad step and a bad mode
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(nullptr, s.mb(), kW, kModes, 2, 99, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(&nullCur, s.mb(), kW, kModes, 2, 99, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(&s.cur, s.mb(), kW, nullptr, 2, 99, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntraHalfMB_H264_16s8u_C1R(&s.cur, nullptr, 0, kModes, 2, 99, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(&nullCur, s.mb(), kW, 9, 1, 99, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaInterMB_H264_16s8u_C1R(&s.cur, nullptr, kW, 0, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntra4x4MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, kModes, 2, 0, 0, nullptr, 0),
+              zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaInter8x8MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 0, 0, nullptr, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntra_16x16MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 2, 0, 0, 0, nullptr, 0),
+              zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructChromaIntraMB_H264_16s8u_P2R(&s.cur, s.mb(), nullptr, kW, 9, 0, 99, 0), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructChromaInterMB_H264_16s8u_C2R(&nullCur, s.mb(), 0, 0, 99), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructChromaInter4x4MB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb(), kW, 0, 0, 0, kFlat4.data(),
+                                                              nullptr, 0),
+              zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructChromaIntraHalfsMB_H264_16s8u_P2R(&s.cur, nullptr, s.mb(), kW, 1, 0, 99, 0, 0),
+              zanStsNullPtr);
+    // records: the record, its cursor and pointee, plane and scale row; the mode array
+    std::vector<Zan16u> p16(kW * kH, 5);
+    std::vector<Zan32s> c32(512, 1);
+    Zan32s* cur32 = c32.data();
+    Zan32s* null32 = nullptr;
+    ZanReconstructRecord rec{reinterpret_cast<void**>(&cur32), p16.data() + kY0 * kW + kX0, kW, 0, 99, kFlat4.data(), 0, 10};
+    EXPECT_EQ(zaniReconstructLumaInter4x4_H264High_32s16u_IP1R(nullptr), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructLumaIntra4x4_H264High_32s16u_IP1R(&rec, nullptr, 0), zanStsNullPtr);
+    ZanReconstructRecord bad = rec;
+    bad.ppSrcDstCoeff = reinterpret_cast<void**>(&null32);
+    EXPECT_EQ(zaniReconstructLumaInter4x4_H264High_32s16u_IP1R(&bad), zanStsNullPtr);
+    bad = rec;
+    bad.pQuantTable = nullptr;
+    EXPECT_EQ(zaniReconstructLumaIntra16x16_H264High_32s16u_IP1R(&bad, 2, 0), zanStsNullPtr);
+    bad = rec;
+    bad.pSrcDstPlane = nullptr;
+    const ZanReconstructRecord* pair[2] = {&rec, &bad};
+    EXPECT_EQ(zaniReconstructChromaInter4x4_H264High_32s16u_IP2R(pair), zanStsNullPtr);
+    EXPECT_EQ(zaniReconstructChromaInter4x4_H264High_32s16u_IP2R(nullptr), zanStsNullPtr);
+    EXPECT_TRUE(s.untouched());
+    EXPECT_EQ(cur32, c32.data());
+}
+
+TEST(H264Recon, RangesStepsModesEdgesInOrder) {
+    Scene s;
+    // QP ranges (as unsigned: -1 is out)
+    EXPECT_EQ(zaniReconstructLumaInterMB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 2, 52), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructLumaInterMB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 2, -1), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructChromaInterMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb(), kW, 1u << 17, 40), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructChromaInter4x4MB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb(), kW, 1u << 17, 39, 40,
+                                                              kFlat4.data(), kFlat4.data(), 0),
+              zanStsOutOfRange);
+    // QP before step, step before mode, mode before edges
+    EXPECT_EQ(zaniReconstructLumaIntraHalfMB_H264_16s8u_C1R(&s.cur, s.mb(), 0, kModes, 2, 52, 0), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructLumaIntraHalfMB_H264_16s8u_C1R(&s.cur, s.mb(), 0, kModes, 2, 51, 0), zanStsStepBad);
+    EXPECT_EQ(zaniReconstructChromaInterMB_H264_16s8u_C2R(&s.cur, s.mb(), 0, 1u << 17, 40), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructChromaInterMB_H264_16s8u_C2R(&s.cur, s.mb(), 0, 1u << 17, 39), zanStsStepBad);
+    EXPECT_EQ(zaniReconstructChromaIntraMB_H264_16s8u_C2R(&s.cur, s.mb(), 0, 2, 0, 0, 4), zanStsStepBad);
+    EXPECT_EQ(zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 4, 1, 0, 0xff), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructChromaIntraMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb(), kW, 4, 0, 0, 0xff), zanStsOutOfRange);
+    // the edges each mode needs: vertical 4, horizontal 1, plane 1, 4 and 16; DC none
+    const struct { Zan32u mode16, modeC; Zan8u edge; } needs[] = {
+        {0, 2, 4}, {1, 1, 1}, {3, 3, 1}, {3, 3, 4}, {3, 3, 16}};
+    for (auto n : needs) {
+        EXPECT_EQ(zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, n.mode16, 0x1ffff, 0, n.edge),
+                  zanStsEdgeUnavailable);
+        EXPECT_EQ(zaniReconstructLumaIntra_16x16MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, n.mode16, 0x1ffff, 0, n.edge,
+                                                                  kFlat4.data(), 0),
+                  zanStsEdgeUnavailable);
+        EXPECT_EQ(zaniReconstructChromaIntraMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb(), kW, n.modeC, 0x7fe0000, 0, n.edge),
+                  zanStsEdgeUnavailable);
+        EXPECT_EQ(zaniReconstructChromaIntra4x4MB_H264_16s8u_C2R(&s.cur, s.mb(), kW, n.modeC, 0x7fe0000, 0, 0, n.edge,
+                                                                 kFlat4.data(), kFlat4.data(), 0),
+                  zanStsEdgeUnavailable);
+    }
+    EXPECT_TRUE(s.untouched());
+    // DC needs nothing
+    EXPECT_EQ(zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 2, 0, 0, 0xff), zanStsOk);
+    EXPECT_EQ(s.mb()[0], 128);  // neither edge: the middle value
+    // records: the QP limit follows the bit depth; steps below 1
+    std::vector<Zan16u> p16(kW * kH, 5);
+    std::vector<Zan32s> c32(512, 0);
+    Zan32s* cur32 = c32.data();
+    ZanReconstructRecord rec{reinterpret_cast<void**>(&cur32), p16.data() + kY0 * kW + kX0, kW, 0, 63, kFlat4.data(), 0, 10};
+    EXPECT_EQ(zaniReconstructLumaInter4x4_H264High_32s16u_IP1R(&rec), zanStsOk);
+    rec.QP = 64;
+    EXPECT_EQ(zaniReconstructLumaInter4x4_H264High_32s16u_IP1R(&rec), zanStsOutOfRange);
+    rec.QP = 0;
+    rec.srcDstStep = 0;
+    EXPECT_EQ(zaniReconstructLumaInter4x4_H264High_32s16u_IP1R(&rec), zanStsStepBad);
+    rec.srcDstStep = kW;
+    EXPECT_EQ(zaniReconstructLumaIntra16x16_H264High_32s16u_IP1R(&rec, 4, 0), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructLumaIntra16x16_H264High_32s16u_IP1R(&rec, 0, 4), zanStsEdgeUnavailable);
+    ZanReconstructRecord v = rec;
+    rec.QP = 51;  // chroma at 10 bits: 0..51
+    v.QP = 52;
+    const ZanReconstructRecord* pair[2] = {&rec, &v};
+    EXPECT_EQ(zaniReconstructChromaInter4x4_H264High_32s16u_IP2R(pair), zanStsOutOfRange);
+    v.QP = 51;
+    v.srcDstStep = 0;
+    EXPECT_EQ(zaniReconstructChromaInter4x4_H264High_32s16u_IP2R(pair), zanStsStepBad);
+    v.srcDstStep = kW;
+    EXPECT_EQ(zaniReconstructChromaIntra4x4_H264High_32s16u_IP2R(pair, 4, 0), zanStsOutOfRange);
+    EXPECT_EQ(zaniReconstructChromaIntra4x4_H264High_32s16u_IP2R(pair, 1, 1), zanStsEdgeUnavailable);
+    EXPECT_EQ(zaniReconstructChroma422Inter4x4_H264High_16s8u_IP2R(pair, 16, 16), zanStsOutOfRange);  // 8-bit: 0..39
+    EXPECT_EQ(zaniReconstructChroma422IntraHalf4x4_H264High_32s16u_IP2R(pair, 2, 0, 0, 16, 16), zanStsEdgeUnavailable);
+    EXPECT_EQ(cur32, c32.data());
+    EXPECT_TRUE(std::all_of(p16.begin(), p16.end(), [](Zan16u x) { return x == 5; }));
+}
+
+TEST(H264Recon, EmptyPatternsTouchNothing) {
+    Scene s;
+    // inter: bit 0 does not count for the 4x4 forms, chroma needs bits 17..26
+    EXPECT_EQ(zaniReconstructLumaInterMB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 1 | (1u << 17), 30), zanStsOk);
+    EXPECT_EQ(zaniReconstructLumaInter4x4MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 1, 30, kFlat4.data(), 0), zanStsOk);
+    EXPECT_EQ(zaniReconstructLumaInter8x8MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 0x10000, 30, kFlat8.data(), 0), zanStsOk);
+    EXPECT_EQ(zaniReconstructChromaInterMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb(), kW, 0x1ffff, 30), zanStsOk);
+    EXPECT_TRUE(s.untouched());
+    // intra 16x16 with cbp 0: the prediction is written, the cursor stays
+    EXPECT_EQ(zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(&s.cur, s.mb() + 1, kW, 1, 0, 30, 0), zanStsOk);
+    EXPECT_EQ(s.cur, s.coef.data());
+    EXPECT_EQ(s.mb()[1 + 5 * kW], 77);
+}
+
+TEST(H264Recon, SubstitutionWarningAndMidValue) {
+    // vertical at the top of a slice: the block is 128 and the macroblock reports 11
+    Scene s;
+    Zan32u modes[16] = {};
+    for (Zan32u& m : modes) m = 2;
+    modes[0] = 0;
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(&s.cur, s.mb(), kW, modes, 0, 20, 4), zanStsEdgeSubstituted);
+    EXPECT_EQ(s.mb()[0], 128);
+    EXPECT_EQ(s.mb()[3 + 3 * kW], 128);
+    // every other block was reconstructed all the same: block 1 (DC from its left, 128)
+    EXPECT_EQ(s.mb()[4], 128);
+    // DC with no neighbours at all draws no warning
+    Scene t;
+    EXPECT_EQ(zaniReconstructLumaIntra4x4MB_H264_16s8u_C1R(&t.cur, t.mb(), kW, kModes, 0, 20, 0x35, kFlat4.data(), 0),
+              zanStsOk);
+    // high bit depth: 1 << (bitDepth - 1) stands in, and the warning is the same
+    std::vector<Zan16u> p16(kW * kH, 5);
+    std::vector<Zan32s> c32(16, 0);
+    Zan32s* cur32 = c32.data();
+    ZanReconstructRecord rec{reinterpret_cast<void**>(&cur32), p16.data() + kY0 * kW + kX0, kW, 0, 20, kFlat4.data(), 0, 12};
+    EXPECT_EQ(zaniReconstructLumaIntra4x4_H264High_32s16u_IP1R(&rec, modes, 4), zanStsEdgeSubstituted);
+    EXPECT_EQ(p16[kY0 * kW + kX0], 2048);
+}
+
+TEST(H264Recon, HalfChromaModes) {
+    // mode 1 and 3: -117 with nothing written; vertical needs the row above of edgeTypeTop
+    for (Zan32u mode : {1u, 3u}) {
+        Scene s;
+        EXPECT_EQ(zaniReconstructChromaIntraHalfsMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb() + 8, kW, mode, 0, 20, 0, 0),
+                  zanStsEdgeUnavailable);
+        EXPECT_EQ(zaniReconstructChromaIntraHalvesMB_H264_16s8u_C2R(&s.cur, s.mb(), kW, mode, 0, 20, 0, 0),
+                  zanStsEdgeUnavailable);
+        EXPECT_TRUE(s.untouched());
+    }
+    Scene s;
+    EXPECT_EQ(zaniReconstructChromaIntraHalvesMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb() + 8, kW, 2, 0, 20, 4, 0),
+              zanStsEdgeUnavailable);
+    EXPECT_EQ(zaniReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb() + 8, kW, 2, 0, 20, 20, 4, 0,
+                                                                   kFlat4.data(), kFlat4.data(), 0),
+              zanStsEdgeUnavailable);
+    EXPECT_TRUE(s.untouched());
+    // the lower half's left edge comes from edgeTypeBottom: here the upper
+    // half has a left column of 200, the lower half is told it has none
+    for (int y = 0; y < 8; ++y) s.mb()[y * kW - 1] = 200;
+    s.pic0 = s.pic;
+    EXPECT_EQ(zaniReconstructChromaIntraHalfsMB_H264_16s8u_P2R(&s.cur, s.mb(), s.mb() + 24, kW, 0, 0, 20, 4, 1),
+              zanStsOk);
+    EXPECT_EQ(s.mb()[0], 200);           // left only
+    EXPECT_EQ(s.mb()[5 * kW], 128);      // lower half: neither edge
+    // QP 45 passes the entry check, the prediction is written, the residual stage refuses
+    Scene q;
+    EXPECT_EQ(zaniReconstructChromaIntraHalfsMB_H264_16s8u_P2R(&q.cur, q.mb(), q.mb() + 24, kW, 0, 1u << 17, 45, 0x15,
+                                                               0x15),
+              zanStsOutOfRange);
+    EXPECT_EQ(q.mb()[0], 128);
+    EXPECT_EQ(q.cur, q.coef.data());
+    EXPECT_EQ(zaniReconstructChromaIntraHalfsMB_H264_16s8u_P2R(&q.cur, q.mb(), q.mb() + 24, kW, 0, 0, 52, 0, 0),
+              zanStsOutOfRange);
+}
+
+TEST(H264Recon, InvalidModeStopsTheWalk) {
+    // 8x8: the third block's mode is bad; the first two are done, the cursor stays
+    Scene s;
+    Zan32u modes[4] = {2, 2, 9, 2};
+    EXPECT_EQ(zaniReconstructLumaIntra8x8MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, modes, 0, 20, 0x35, kFlat8.data(), 0),
+              zanStsOutOfRange);
+    EXPECT_EQ(s.cur, s.coef.data());
+    EXPECT_EQ(s.mb()[0], 128);
+    EXPECT_EQ(s.mb()[8 * kW], 77);
+    // the Half 4x4 forms check as they walk too
+    Scene t;
+    Zan32u m4[8] = {2, 2, 2, 2, 2, 2, 2, 11};
+    EXPECT_EQ(zaniReconstructLumaIntraHalfMB_H264_16s8u_C1R(&t.cur, t.mb(), kW, m4, 0x1fe, 20, 0x35),
+              zanStsOutOfRange);
+    EXPECT_EQ(t.cur, t.coef.data());
+    EXPECT_NE(t.mb()[0], 77);                 // block 0 was reconstructed
+    EXPECT_EQ(t.mb()[12 + 4 * kW], 77);       // block 7 was not
+}
+
+TEST(H264Recon, BypassRule) {
+    // flag set and QP 0: values added as they stand
+    Scene s;
+    std::fill(s.coef.begin(), s.coef.begin() + 16, 0);
+    s.coef[0] = 5;
+    s.coef[5] = -100;
+    EXPECT_EQ(zaniReconstructLumaInter4x4MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, 2, 0, kFlat4.data(), 1), zanStsOk);
+    EXPECT_EQ(s.mb()[0], 82);
+    EXPECT_EQ(s.mb()[1 + kW], 0);  // 77 - 100 clamps
+    EXPECT_EQ(s.mb()[2], 77);
+    EXPECT_EQ(s.cur, s.coef.data() + 16);
+    // flag set and QP 1: the transform runs (a lone DC of 16 at scale 176 / 16 spreads evenly)
+    Scene t;
+    std::fill(t.coef.begin(), t.coef.begin() + 16, 0);
+    t.coef[0] = 4;
+    const std::vector<Zan16s> ls1 = level_scale4(1, flat_weights(16));
+    EXPECT_EQ(zaniReconstructLumaInter4x4MB_H264_16s8u_C1R(&t.cur, t.mb(), kW, 2, 1, ls1.data(), 1), zanStsOk);
+    // 4 * 176 = 704, (704 + 8) >> 4 = 44, (44 + 32) >> 6 = 1
+    EXPECT_EQ(t.mb()[0], 78);
+    EXPECT_EQ(t.mb()[3 + 3 * kW], 78);
+    // lossless chroma DC with no AC: only the first sample of each block changes
+    Scene c;
+    std::fill(c.coef.begin(), c.coef.end(), 0);
+    c.coef[0] = 10, c.coef[1] = -20, c.coef[2] = 30, c.coef[3] = 40;
+    EXPECT_EQ(zaniReconstructChromaInter4x4MB_H264_16s8u_P2R(&c.cur, c.mb(), c.mb() + 16, kW, 1u << 17, 0, 0,
+                                                              kFlat4.data(), kFlat4.data(), 1),
+              zanStsOk);
+    EXPECT_EQ(c.cur, c.coef.data() + 4);
+    EXPECT_EQ(c.mb()[0], 87);
+    EXPECT_EQ(c.mb()[4], 57);
+    EXPECT_EQ(c.mb()[4 * kW], 107);
+    EXPECT_EQ(c.mb()[4 + 4 * kW], 117);
+    EXPECT_EQ(c.mb()[1], 77);
+    EXPECT_EQ(c.mb()[1 + kW], 77);
+}
+
 }  // namespace
