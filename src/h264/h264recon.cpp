@@ -184,6 +184,11 @@ ZanStatus luma4x4(const D& d, typename D::C** cursor, typename D::S* base, const
     typename D::C* c = *cursor;
     bool subst = false;
     for (int n = 0; n < count; ++n) {
+        // Without prediction, blocks go by pairs (n, n + 1): an empty pair is skipped whole.
+        if (!modes && !(n & 1) && !(a.cbp & (6u << n))) {
+            ++n;
+            continue;
+        }
         typename D::S* p = base + blk_y(n) * a.step + blk_x(n);
         if (modes) {
             if (checkModes && modes[n] > 8) return zanStsOutOfRange;
