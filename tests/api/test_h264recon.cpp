@@ -1235,4 +1235,47 @@ TEST(H264Recon, BypassRule) {
     EXPECT_EQ(c.mb()[1 + kW], 77);
 }
 
+
+TEST(H264Recon, UncheckedModesAndStrayBits) {
+    // the whole-macroblock 4x4 members and the interleaved chroma members take
+    // modes as the caller's charge: a mode out of range is no error
+    Scene s;
+    Zan32u modes[16];
+    std::fill(modes, modes + 16, 2u);
+    modes[3] = 40;
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(&s.cur, s.mb(), kW, modes, 0, 20, 0), zanStsOk);
+    EXPECT_EQ(zaniReconstructLumaIntra4x4MB_H264_16s8u_C1R(&s.cur, s.mb(), kW, modes, 0, 20, 0, kFlat4.data(), 0),
+              zanStsOk);
+    EXPECT_EQ(zaniReconstructChromaIntraMB_H264_16s8u_C2R(&s.cur, s.mb(), kW, 7, 0, 20, 0), zanStsOk);
+    // edge bits 2, 8, 64 and 128 mean nothing: vertical 16x16 with all of them set works
+    Scene t;
+    EXPECT_EQ(zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(&t.cur, t.mb(), kW, 0, 0, 20, 0xca), zanStsOk);
+    // 4x4 walk: with stray bits only, no block substitutes
+    Scene u;
+    for (Zan32u& m : modes) m = 4;  // diagonal down-right needs above, left and corner
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(&u.cur, u.mb(), kW, modes, 0, 20, 0xca), zanStsOk);
+    EXPECT_EQ(zaniReconstructLumaIntraMB_H264_16s8u_C1R(&u.cur, u.mb(), kW, modes, 0, 20, 16),
+              zanStsEdgeSubstituted);
+}
+
+TEST(H264Recon, ChromaRecordsShareTheFirstCursor) {
+    // U's record carries the cursor; the stream order is U DC, V DC, U AC, V AC
+    std::vector<Zan16u> u(kW * kH, 100), v(kW * kH, 100);
+    std::vector<Zan32s> c(4 + 4 + 16, 0);
+    c[0] = 64;  // U DC: every U block gets the same DC at QP 0 with flat scale 160
+    // V: DC block and AC block 0 coded, all zero
+    Zan32s* cur = c.data();
+    Zan32s* other = nullptr;
+    ZanReconstructRecord ru{reinterpret_cast<void**>(&cur), u.data() + kY0 * kW + kX0, kW, 1, 0, kFlat4.data(), 0, 10};
+    ZanReconstructRecord rv{reinterpret_cast<void**>(&other), v.data() + kY0 * kW + kX0, kW, 1 | 2, 0, kFlat4.data(), 0, 10};
+    const ZanReconstructRecord* rr[2] = {&ru, &rv};
+    EXPECT_EQ(zaniReconstructChromaInter4x4_H264High_32s16u_IP2R(rr), zanStsOk);
+    EXPECT_EQ(cur, c.data() + 4 + 4 + 16);
+    EXPECT_EQ(other, nullptr);
+    // f0 = 64, the others 64 too (one coefficient); (64 * 160) >> 5 = 320; (320 + 32) >> 6 = 5
+    EXPECT_EQ(u[kY0 * kW + kX0], 105);
+    EXPECT_EQ(u[(kY0 + 7) * kW + kX0 + 7], 105);
+    EXPECT_EQ(v[kY0 * kW + kX0], 100);
+}
+
 }  // namespace
