@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <emmintrin.h>
+
 #include "common/path.h"
 #include "h264/h264intra.h"
 #include "h264/h264inv.h"
@@ -266,19 +268,6 @@ struct ChromaPlane {
     Zan16s dcScale;  // 4:2:2: the DC stage's scale
 };
 
-// Runs f(p, step) on the 4x4 block at p, through a gathered copy when the
-// samples are interleaved.
-template <class D, class F>
-void on_block(typename D::S* p, Zan32s step, Zan32s pitch, F f) {
-    if (pitch == 1) return f(p, step);
-    typename D::S t[16];
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 4; ++x) t[4 * y + x] = p[y * step + 2 * x];
-    f(t, Zan32s{4});
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 4; ++x) p[y * step + 2 * x] = t[4 * y + x];
-}
-
 // Raster position of each coded 4:2:2 chroma DC value.
 constexpr int kChromaDc422RasterScan[8] = {0, 2, 1, 4, 6, 3, 5, 7};
 
@@ -304,22 +293,57 @@ void chroma_residual(typename D::C** cursor, ChromaPlane<D>* pl, int blocks) {
         }
         c += blocks;
     }
-    for (int k = 0; k < 2; ++k) {
+    // The AC blocks' places in the stream: all of U's, then all of V's.
+    C* acp[2][8] = {};
+    for (int k = 0; k < 2; ++k)
+        for (int b = 0; b < blocks; ++b)
+            if (pl[k].ac & (1u << b)) {
+                acp[k][b] = c;
+                c += 16;
+            }
+    auto run = [&](int k, int b, typename D::S* q, Zan32s s) {
         ChromaPlane<D>& P = pl[k];
-        const D& d = P.d;
-        for (int b = 0; b < blocks; ++b) {
-            typename D::S* p = P.p + (b >> 1) * 4 * P.step + (b & 1) * 4 * P.pitch;
-            const bool ac = P.ac & (1u << b);
-            const C dc = dcs[k][b];
-            C zero[16] = {};
-            C* coef = ac ? c : zero;
-            on_block<D>(p, P.step, P.pitch, [&](typename D::S* q, Zan32s s) {
-                if (P.bypass) add_bypass_dc(d, q, s, coef, dc, ac);
-                else d.add4x4(q, s, coef, &dc, P.qp, ac, P.q);
-            });
-            if (ac) c += 16;
+        C zero[16] = {};
+        C* coef = acp[k][b] ? acp[k][b] : zero;
+        if (P.bypass) add_bypass_dc(P.d, q, s, coef, dcs[k][b], acp[k][b] != nullptr);
+        else P.d.add4x4(q, s, coef, &dcs[k][b], P.qp, acp[k][b] != nullptr, P.q);
+    };
+    if constexpr (sizeof(typename D::S) == 1) {
+        if (pl[0].pitch == 2) {
+            // Interleaved: both components of a block are split into two
+            // 4x4 blocks at once, reconstructed, and woven back.
+            const __m128i lowBytes = _mm_set1_epi16(0x00ff);
+            for (int b = 0; b < blocks; ++b) {
+                Zan8u* p = pl[0].p + (b >> 1) * 4 * pl[0].step + (b & 1) * 8;
+                const Zan32s step = pl[0].step;
+                alignas(16) Zan8u t[2][16];
+                __m128i rows = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
+                                          _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + step)));
+                __m128i rows2 = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 2 * step)),
+                                                   _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 3 * step)));
+                __m128i u = _mm_packus_epi16(_mm_and_si128(rows, lowBytes), _mm_and_si128(rows2, lowBytes));
+                __m128i v = _mm_packus_epi16(_mm_srli_epi16(rows, 8), _mm_srli_epi16(rows2, 8));
+                _mm_store_si128(reinterpret_cast<__m128i*>(t[0]), u);
+                _mm_store_si128(reinterpret_cast<__m128i*>(t[1]), v);
+                run(0, b, t[0], 4);
+                run(1, b, t[1], 4);
+                u = _mm_load_si128(reinterpret_cast<const __m128i*>(t[0]));
+                v = _mm_load_si128(reinterpret_cast<const __m128i*>(t[1]));
+                __m128i lo = _mm_unpacklo_epi8(u, v), hi = _mm_unpackhi_epi8(u, v);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(p), lo);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(p + step), _mm_unpackhi_epi64(lo, lo));
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 2 * step), hi);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 3 * step), _mm_unpackhi_epi64(hi, hi));
+            }
+            *cursor = c;
+            return;
         }
     }
+    for (int k = 0; k < 2; ++k)
+        for (int b = 0; b < blocks; ++b) {
+            ChromaPlane<D>& P = pl[k];
+            run(k, b, P.p + (b >> 1) * 4 * P.step + (b & 1) * 4, P.step);
+        }
     *cursor = c;
 }
 
