@@ -1876,6 +1876,248 @@ ZanStatus zaniBidir_H264_16u_P2P1R(const ZanBidirRecord* pRec);
 
 /* ==== h264recon: H.264 macroblock reconstruction ==== */
 
+/* Whole-macroblock reconstruction, in place in the picture, from a run of
+ * decoded coefficients.  Intra members predict block by block and add each
+ * block's residual before the next block is predicted; inter members add the
+ * residual over a prediction the caller has already written.
+ *
+ * Coefficient cursor (ppSrcDstCoeff): the address of a pointer into the
+ * caller's coefficients (Zan16s in the 16s8u members, Zan32s in the 32s16u
+ * members).  Only coded blocks are present, one after another, each in
+ * raster order of its positions: luma DC (16, Intra 16x16 only), luma 4x4
+ * blocks (16 each) or 8x8 blocks (64 each) in coding order, U DC, V DC
+ * (4 each for 4:2:0, 8 for 4:2:2, in coded order), U AC blocks, V AC blocks
+ * (16 each, position 0 unused).  The pointer is moved past what was used, and
+ * the array is overwritten with dequantised values and residuals.  It is
+ * not moved on any failure.
+ *
+ * Coded-block pattern (cbp) of the Baseline and High members: bit 0 luma DC
+ * of Intra 16x16; bits 1..16 luma 4x4 blocks in coding order; 17 U DC, 18 V
+ * DC; 19..22 U AC blocks 0..3, 23..26 V AC blocks 0..3 (raster order, two by
+ * two).  The 8x8 members use bits 0..3 for the four 8x8 blocks.
+ *
+ * Edge-type word (edgeType): bits SET WHEN the neighbouring macroblock is
+ * ABSENT: 1 left, 4 above, 16 above-left, 32 above-right.  Each 4x4 or 8x8
+ * block's neighbours follow from its place in the macroblock.  Intra 16x16
+ * and chroma modes need: vertical bit 4 clear, horizontal bit 1 clear, plane
+ * bits 1, 4 and 16 clear; DC nothing.
+ *
+ * pMBIntraTypes: one Zan32u mode per 4x4 block in coding order (16), or per
+ * 8x8 block (4); the Half members read 8 or 2.  Modes: 4x4/8x8 0..8; 16x16
+ * 0 vertical, 1 horizontal, 2 DC, 3 plane; chroma 0 DC, 1 horizontal,
+ * 2 vertical, 3 plane.  Absent 4x4 neighbours get 128 (the 4x4 members then
+ * return zanStsEdgeSubstituted, with every block reconstructed); absent 8x8
+ * neighbours get 128 silently.
+ *
+ * Level-scale arrays (pQuantTable, pQuantU, pQuantV): the row for QP % 6,
+ * 16 entries for 4x4 blocks (entry 0 also scales the DC stage), 64 for 8x8.
+ * bypass: with the flag set and QP 0 (per plane for chroma) the residual is
+ * added untransformed; a chroma or Intra 16x16 block with no AC then changes
+ * only its first sample, by its DC.
+ *
+ * Checks, in order: any null pointer (the cursor's pointee included, and
+ * the scale arrays, mode arrays, records and record pointers) -8; QP out of
+ * range -11 (luma 0..51; chroma 0..39; the Halfs/Halves P2R chroma members
+ * 0..51 at entry, their residual stage 0..39 after the prediction is
+ * written); step below 1 -14 where stated; mode out of range -11 where
+ * stated; a needed neighbour absent -117.  Nothing is written on failure,
+ * except where a member checks modes as it walks (the picture then holds the
+ * blocks done so far; the cursor is not moved).  Steps are bytes except in
+ * the 32s16u members, where they count samples.  Every neighbour a block
+ * may use is read from the picture around the macroblock. */
+
+/* One plane of a Record-generation call.  ppSrcDstCoeff points at a Zan16s*
+ * (16s8u members) or a Zan32s* (32s16u members); pSrcDstPlane at Zan8u or
+ * Zan16u samples.  srcDstStep must be at least 1 (samples in 32s16u).  cbp:
+ * luma as the 4x4 / 8x8 patterns above but with the luma DC at bit 0 and
+ * 4x4 block n at bit n + 1; chroma bit 0 DC, bits 1.. the AC blocks.
+ * bitDepth (32s16u): results are clamped to 0..(1 << bitDepth) - 1 and an
+ * absent neighbour stands as 1 << (bitDepth - 1). */
+typedef struct {
+    void**        ppSrcDstCoeff;
+    void*         pSrcDstPlane;
+    Zan32s        srcDstStep;
+    Zan32u        cbp;
+    Zan32s        QP;
+    const Zan16s* pQuantTable;
+    Zan8u         bypass;
+    Zan32s        bitDepth;
+} ZanReconstructRecord;
+
+/* -- Baseline (built-in flat scaling) -- */
+
+/* 16 4x4 intra blocks.  Checks: null -8; QP 0..51 -11.  Modes are not
+ * checked (a mode above 8 leaves its block unpredicted).  Returns 11 when a
+ * 4x4 prediction substituted 128. */
+ZanStatus zaniReconstructLumaIntraMB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32s srcDstStep,
+                                                    const Zan32u* pMBIntraTypes, Zan32u cbp, Zan32s QP,
+                                                    Zan8u edgeType);
+/* Upper half only (blocks 0..7, cbp bits 1..8, 8 modes).  Checks: null -8;
+ * QP 0..51 -11; step below 1 -14; a mode above 8, met in the walk, -11. */
+ZanStatus zaniReconstructLumaIntraHalfMB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32s srcDstStep,
+                                                        const Zan32u* pMBIntraTypes, Zan32u cbp, Zan32s QP,
+                                                        Zan8u edgeType);
+/* Intra 16x16.  Checks: null -8; QP 0..51 -11; mode above 3 -11; edge -117.
+ * Predicts, then returns at once when cbp & 0x1ffff is 0. */
+ZanStatus zaniReconstructLumaIntra16x16MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32s srcDstStep,
+                                                         Zan32u mode, Zan32u cbp, Zan32s QP, Zan8u edgeType);
+/* 16 4x4 inter blocks.  Checks: null -8; QP 0..51 -11.  cbp & 0x1fffe of 0
+ * returns at once. */
+ZanStatus zaniReconstructLumaInterMB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32s srcDstStep,
+                                                    Zan32u cbp, Zan32s QP);
+/* Chroma 4:2:0 intra, two planes of 8x8 sharing one step.  Checks: null -8;
+ * QP 0..39 -11; mode above 3 -11; edge -117.  Predicts both planes, then
+ * the residual as the inter member. */
+ZanStatus zaniReconstructChromaIntraMB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                      Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u mode,
+                                                      Zan32u cbp, Zan32s QP, Zan8u edgeType);
+/* Interleaved (U, V in alternate bytes) form.  Checks: null -8; QP 0..39
+ * -11; step below 1 -14; edge -117.  Mode not checked (above 3 predicts
+ * nothing). */
+ZanStatus zaniReconstructChromaIntraMB_H264_16s8u_C2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUV, Zan32u srcDstStep,
+                                                      Zan32u mode, Zan32u cbp, Zan32s QP, Zan8u edgeType);
+/* Halves of a macroblock with their own left neighbours: mode 0 (DC, the
+ * upper quadrants' left edge from edgeTypeTop, the lower ones' from
+ * edgeTypeBottom, above from edgeTypeTop) or 2 (vertical, edgeTypeTop bit 4
+ * clear); any other mode -117.  Checks: null -8; QP 0..51 -11; mode -117;
+ * then predicts and runs the inter member, which may return -11 for QP
+ * above 39 with the prediction written.  Halves forwards to Halfs. */
+ZanStatus zaniReconstructChromaIntraHalfsMB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                           Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u mode,
+                                                           Zan32u cbp, Zan32s QP, Zan8u edgeTypeTop,
+                                                           Zan8u edgeTypeBottom);
+ZanStatus zaniReconstructChromaIntraHalvesMB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                            Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u mode,
+                                                            Zan32u cbp, Zan32s QP, Zan8u edgeTypeTop,
+                                                            Zan8u edgeTypeBottom);
+/* Interleaved Halves.  Checks: null -8; QP 0..39 -11; step below 1 -14;
+ * mode other than 0 or 2, or vertical without the row above, -117. */
+ZanStatus zaniReconstructChromaIntraHalvesMB_H264_16s8u_C2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUV,
+                                                            Zan32u srcDstStep, Zan32u mode, Zan32u cbp, Zan32s QP,
+                                                            Zan8u edgeTypeTop, Zan8u edgeTypeBottom);
+/* Chroma 4:2:0 inter.  Checks: null -8; QP 0..39 -11 (C2R: then step below
+ * 1 -14).  cbp & 0x7fe0000 of 0 returns at once. */
+ZanStatus zaniReconstructChromaInterMB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                      Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u cbp,
+                                                      Zan32s QP);
+ZanStatus zaniReconstructChromaInterMB_H264_16s8u_C2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUV, Zan32u srcDstStep,
+                                                      Zan32u cbp, Zan32s QP);
+
+/* -- High (caller's level-scale rows, bypass) -- */
+
+/* 4x4 and 8x8 intra, whole or upper half.  Checks: null -8; QP 0..51 -11;
+ * then, except in Intra4x4MB, a mode above 8 met in the walk -11.  The 4x4
+ * members return 11 when 128 stood in. */
+ZanStatus zaniReconstructLumaIntra4x4MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32s srcDstStep,
+                                                       const Zan32u* pMBIntraTypes, Zan32u cbp, Zan32s QP,
+                                                       Zan8u edgeType, const Zan16s* pQuantTable, Zan8u bypass);
+ZanStatus zaniReconstructLumaIntraHalf4x4MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY,
+                                                           Zan32s srcDstStep, const Zan32u* pMBIntraTypes, Zan32u cbp,
+                                                           Zan32s QP, Zan8u edgeType, const Zan16s* pQuantTable,
+                                                           Zan8u bypass);
+ZanStatus zaniReconstructLumaIntra8x8MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32s srcDstStep,
+                                                       const Zan32u* pMBIntraTypes, Zan32u cbp, Zan32s QP,
+                                                       Zan8u edgeType, const Zan16s* pQuantTable, Zan8u bypass);
+ZanStatus zaniReconstructLumaIntraHalf8x8MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY,
+                                                           Zan32s srcDstStep, const Zan32u* pMBIntraTypes, Zan32u cbp,
+                                                           Zan32s QP, Zan8u edgeType, const Zan16s* pQuantTable,
+                                                           Zan8u bypass);
+/* Intra 16x16.  Checks: null -8; QP 0..51 -11; mode above 3 -11; edge -117. */
+ZanStatus zaniReconstructLumaIntra_16x16MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY,
+                                                          Zan32s srcDstStep, Zan32u mode, Zan32u cbp, Zan32s QP,
+                                                          Zan8u edgeType, const Zan16s* pQuantTable, Zan8u bypass);
+/* Inter 4x4 (cbp bits 1..16) and 8x8 (bits 0..3).  Checks: null -8; QP
+ * 0..51 -11. */
+ZanStatus zaniReconstructLumaInter4x4MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32u srcDstStep,
+                                                       Zan32u cbp, Zan32s QP, const Zan16s* pQuantTable,
+                                                       Zan8u bypass);
+ZanStatus zaniReconstructLumaInter8x8MB_H264_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstY, Zan32u srcDstStep,
+                                                       Zan32u cbp, Zan32s QP, const Zan16s* pQuantTable,
+                                                       Zan8u bypass);
+/* Chroma 4:2:0 with a QP and a scale row per plane.  Checks: null -8; QPU
+ * then QPV 0..39 -11 (the Halfs/Halves: 0..51 at entry); C2R: step below 1
+ * -14; the Half members: mode other than 0 or 2 (or vertical without the
+ * row above) -117; the others: edge -117.  Modes are not range-checked
+ * here (above 3 predicts nothing). */
+ZanStatus zaniReconstructChromaIntra4x4MB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                         Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u mode,
+                                                         Zan32u cbp, Zan32s QPU, Zan32s QPV, Zan8u edgeType,
+                                                         const Zan16s* pQuantTableU, const Zan16s* pQuantTableV,
+                                                         Zan8u bypass);
+ZanStatus zaniReconstructChromaIntra4x4MB_H264_16s8u_C2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUV, Zan32u srcDstStep,
+                                                         Zan32u mode, Zan32u cbp, Zan32s QPU, Zan32s QPV,
+                                                         Zan8u edgeType, const Zan16s* pQuantTableU,
+                                                         const Zan16s* pQuantTableV, Zan8u bypass);
+ZanStatus zaniReconstructChromaIntraHalfs4x4MB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                              Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u mode,
+                                                              Zan32u cbp, Zan32s QPU, Zan32s QPV, Zan8u edgeTypeTop,
+                                                              Zan8u edgeTypeBottom, const Zan16s* pQuantTableU,
+                                                              const Zan16s* pQuantTableV, Zan8u bypass);
+ZanStatus zaniReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                               Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u mode,
+                                                               Zan32u cbp, Zan32s QPU, Zan32s QPV, Zan8u edgeTypeTop,
+                                                               Zan8u edgeTypeBottom, const Zan16s* pQuantTableU,
+                                                               const Zan16s* pQuantTableV, Zan8u bypass);
+ZanStatus zaniReconstructChromaInter4x4MB_H264_16s8u_P2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUPlane,
+                                                         Zan8u* pSrcDstVPlane, Zan32u srcDstStep, Zan32u cbp,
+                                                         Zan32s QPU, Zan32s QPV, const Zan16s* pQuantTableU,
+                                                         const Zan16s* pQuantTableV, Zan8u bypass);
+ZanStatus zaniReconstructChromaInter4x4MB_H264_16s8u_C2R(Zan16s** ppSrcDstCoeff, Zan8u* pSrcDstUV, Zan32u srcDstStep,
+                                                         Zan32u cbp, Zan32s QPU, Zan32s QPV,
+                                                         const Zan16s* pQuantTableU, const Zan16s* pQuantTableV,
+                                                         Zan8u bypass);
+
+/* -- Record (high bit depth; 4:2:2) -- */
+
+/* Luma, one record.  Checks: null (record, cursor, pointee, plane, scale
+ * row, mode array) -8; QP outside 0..6 * bitDepth + 3 (and above 87) -11;
+ * step below 1 -14; mode above 8 met in the walk (16x16: above 3) -11;
+ * 16x16 edge -117.  The 4x4 intra members return 11 when the middle value
+ * stood in. */
+ZanStatus zaniReconstructLumaIntra4x4_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo,
+                                                           const Zan32u* pMBIntraTypes, Zan8u edgeType);
+ZanStatus zaniReconstructLumaIntraHalf4x4_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo,
+                                                               const Zan32u* pMBIntraTypes, Zan8u edgeType);
+ZanStatus zaniReconstructLumaIntra8x8_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo,
+                                                           const Zan32u* pMBIntraTypes, Zan8u edgeType);
+ZanStatus zaniReconstructLumaIntraHalf8x8_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo,
+                                                               const Zan32u* pMBIntraTypes, Zan8u edgeType);
+ZanStatus zaniReconstructLumaIntra16x16_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo, Zan32u mode,
+                                                             Zan8u edgeType);
+ZanStatus zaniReconstructLumaInter4x4_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo);
+ZanStatus zaniReconstructLumaInter8x8_H264High_32s16u_IP1R(const ZanReconstructRecord* pReconInfo);
+/* Chroma, pReconInfo[0] U and pReconInfo[1] V, one cursor shared (U's is
+ * used and moved).  Checks: null -8; QP of U then V outside 0..6 * bitDepth
+ * - 9 (and above 75; 4:2:2 16s8u: 0..39) -11; steps below 1 -14; mode
+ * above 3 -11; edge -117 (Half: mode other than 0 or 2, 4:2:2 Half other
+ * than 0, or vertical without the row above: -117).  4:2:2: per plane 8 DC
+ * values and 8 AC blocks (cbp bits 1..8, raster order two wide); the DC
+ * stage scales with levelScaleDC, the level scale of position 0 at QP + 3. */
+ZanStatus zaniReconstructChromaIntra4x4_H264High_32s16u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                             Zan32u mode, Zan8u edgeType);
+ZanStatus zaniReconstructChromaIntraHalf4x4_H264High_32s16u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                                 Zan32u mode, Zan8u edgeTypeTop,
+                                                                 Zan8u edgeTypeBottom);
+ZanStatus zaniReconstructChromaInter4x4_H264High_32s16u_IP2R(const ZanReconstructRecord* const* pReconInfo);
+ZanStatus zaniReconstructChroma422Intra4x4_H264High_16s8u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                               Zan32u mode, Zan8u edgeType, Zan16s levelScaleDCU,
+                                                               Zan16s levelScaleDCV);
+ZanStatus zaniReconstructChroma422Intra4x4_H264High_32s16u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                                Zan32u mode, Zan8u edgeType, Zan16s levelScaleDCU,
+                                                                Zan16s levelScaleDCV);
+ZanStatus zaniReconstructChroma422IntraHalf4x4_H264High_16s8u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                                   Zan32u mode, Zan8u edgeTypeTop,
+                                                                   Zan8u edgeTypeBottom, Zan16s levelScaleDCU,
+                                                                   Zan16s levelScaleDCV);
+ZanStatus zaniReconstructChroma422IntraHalf4x4_H264High_32s16u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                                    Zan32u mode, Zan8u edgeTypeTop,
+                                                                    Zan8u edgeTypeBottom, Zan16s levelScaleDCU,
+                                                                    Zan16s levelScaleDCV);
+ZanStatus zaniReconstructChroma422Inter4x4_H264High_16s8u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                               Zan16s levelScaleDCU, Zan16s levelScaleDCV);
+ZanStatus zaniReconstructChroma422Inter4x4_H264High_32s16u_IP2R(const ZanReconstructRecord* const* pReconInfo,
+                                                                Zan16s levelScaleDCU, Zan16s levelScaleDCV);
+
 /* ==== end of h264recon ==== */
 
 /* ==== cavlcenc: H.264 CAVLC encoding ==== */
