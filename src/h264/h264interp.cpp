@@ -1,0 +1,456 @@
+// H.264 quarter-sample luma and eighth-sample chroma interpolation kernels
+// (8-bit planar, interleaved and interleaved-to-planar chroma; 16-bit luma
+// and chroma), and the bi-prediction average.
+//
+// The scalar rules are the standard's formulas written out sample by
+// sample.  The 8-bit vector kernels form the horizontal and vertical 6-tap
+// sums with pmaddubsw on byte pairs (each pair sum and the total stay within
+// -2550..10710, so 16 bits hold them), and the centre position's second
+// stage with pmaddwd in 32 bits, where the sum of six unrounded horizontal
+// sums reaches -214200..475320.  The 16-bit forms have no vector path: the
+// plain loops are the implementation.
+#include <cstddef>
+#include <cstring>
+
+#include "common/simd.h"
+#include "frame/bodies.h"
+#include "h264/h264interp.h"
+
+namespace zan::ZAN_PATH::h264interp {
+namespace {
+
+using namespace zan::h264interp;
+using std::ptrdiff_t;
+
+// ============================================================ scalar rules
+
+inline Zan32s clamp_to(Zan32s v, Zan32s maxValue) { return v < 0 ? 0 : v > maxValue ? maxValue : v; }
+
+// (1, -5, 20, 20, -5, 1) over the six samples p[-2d] .. p[3d].
+template <class T>
+inline Zan32s tap6(const T* p, ptrdiff_t d) {
+    return p[-2 * d] - 5 * p[-d] + 20 * p[0] + 20 * p[d] - 5 * p[2 * d] + p[3 * d];
+}
+
+inline Zan32s avg2(Zan32s a, Zan32s b) { return (a + b + 1) >> 1; }
+
+// One luma sample at fraction (dx, dy) from the integer sample g, steps in
+// elements.  G, H = G(1, 0), M = G(0, 1); b the half sample between G and H,
+// s the one below it; h between G and M, m the one right of it; j the centre.
+template <class T>
+Zan32s luma_sample(const T* g, ptrdiff_t s, Zan32s dx, Zan32s dy, Zan32s maxValue) {
+    auto G = [&](int cx, int cy) -> Zan32s { return g[cy * s + cx]; };
+    auto b = [&](int cy) { return clamp_to((tap6(g + cy * s, 1) + 16) >> 5, maxValue); };
+    auto h = [&](int cx) { return clamp_to((tap6(g + cx, s) + 16) >> 5, maxValue); };
+    auto j = [&]() {
+        Zan32s t[6];
+        for (int k = 0; k < 6; ++k) t[k] = tap6(g + (k - 2) * s, 1);
+        Zan32s j1 = t[0] - 5 * t[1] + 20 * t[2] + 20 * t[3] - 5 * t[4] + t[5];
+        return clamp_to((j1 + 512) >> 10, maxValue);
+    };
+    switch (dy * 4 + dx) {
+        case 0: return G(0, 0);
+        case 1: return avg2(G(0, 0), b(0));   // a
+        case 2: return b(0);                  // b
+        case 3: return avg2(b(0), G(1, 0));   // c
+        case 4: return avg2(G(0, 0), h(0));   // d
+        case 5: return avg2(b(0), h(0));      // e
+        case 6: return avg2(b(0), j());       // f
+        case 7: return avg2(b(0), h(1));      // g
+        case 8: return h(0);                  // h
+        case 9: return avg2(h(0), j());       // i
+        case 10: return j();                  // j
+        case 11: return avg2(j(), h(1));      // k
+        case 12: return avg2(G(0, 1), h(0));  // n
+        case 13: return avg2(h(0), b(1));     // p
+        case 14: return avg2(j(), b(1));      // q
+        default: return avg2(h(1), b(1));     // r
+    }
+}
+
+template <int W, int P>
+void luma8_rule(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s height) {
+    for (Zan32s y = 0; y < height; ++y)
+        for (Zan32s x = 0; x < W; ++x)
+            pDst[static_cast<ptrdiff_t>(dstStep) * y + x] = static_cast<Zan8u>(
+                luma_sample(pSrc + static_cast<ptrdiff_t>(srcStep) * y + x, srcStep, P & 3, P >> 2, 255));
+}
+
+// One chroma sample; d is the distance to the horizontal neighbour (1, or 2
+// in an interleaved row).  A neighbour with weight 0 is not read.
+template <class T>
+Zan32s chroma_sample(const T* p, ptrdiff_t s, ptrdiff_t d, Zan32s dx, Zan32s dy) {
+    Zan32s a = p[0], b = dx ? p[d] : 0, c = dy ? p[s] : 0, e = dx && dy ? p[s + d] : 0;
+    return ((8 - dx) * (8 - dy) * a + dx * (8 - dy) * b + (8 - dx) * dy * c + dx * dy * e + 32) >> 6;
+}
+
+enum Layout { kPlanar = 0, kNv12 = 1, kNv12ToUv = 2 };
+
+// N samples (pairs) a row.
+template <int N, int L>
+void chroma8_rule(const ChromaJob8& j) {
+    for (Zan32s y = 0; y < j.height; ++y) {
+        const Zan8u* s = j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y;
+        Zan8u* d = j.pDst + static_cast<ptrdiff_t>(j.dstStep) * y;
+        if constexpr (L == kPlanar) {
+            for (int x = 0; x < N; ++x) d[x] = static_cast<Zan8u>(chroma_sample(s + x, j.srcStep, 1, j.dx, j.dy));
+        } else if constexpr (L == kNv12) {
+            for (int x = 0; x < 2 * N; ++x) d[x] = static_cast<Zan8u>(chroma_sample(s + x, j.srcStep, 2, j.dx, j.dy));
+        } else {
+            Zan8u* v = j.pDstV + static_cast<ptrdiff_t>(j.dstStep) * y;
+            for (int x = 0; x < N; ++x) {
+                d[x] = static_cast<Zan8u>(chroma_sample(s + 2 * x, j.srcStep, 2, j.dx, j.dy));
+                v[x] = static_cast<Zan8u>(chroma_sample(s + 2 * x + 1, j.srcStep, 2, j.dx, j.dy));
+            }
+        }
+    }
+}
+
+void average_rule(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, Zan32s w, Zan32s h) {
+    for (Zan32s y = 0; y < h; ++y)
+        for (Zan32s x = 0; x < w; ++x)
+            d[static_cast<ptrdiff_t>(ds) * y + x] = static_cast<Zan8u>(
+                avg2(a[static_cast<ptrdiff_t>(as) * y + x], b[static_cast<ptrdiff_t>(bs) * y + x]));
+}
+
+// ========================================================== vector kernels
+
+using simd::load16;
+using simd::load4;
+using simd::load8;
+using simd::store16;
+using simd::store8;
+
+inline __m128i load2(const void* p) {
+    Zan16u v;
+    std::memcpy(&v, p, 2);
+    return _mm_cvtsi32_si128(v);
+}
+inline void store4(void* p, __m128i v) {
+    Zan32s x = _mm_cvtsi128_si32(v);
+    std::memcpy(p, &x, 4);
+}
+inline void store2(void* p, __m128i v) {
+    Zan16u x = static_cast<Zan16u>(_mm_cvtsi128_si32(v));
+    std::memcpy(p, &x, 2);
+}
+
+// N bytes (2, 4, 8 or 16) into the low bytes of a register, and back.
+template <int N>
+inline __m128i loadN(const Zan8u* p) {
+    if constexpr (N == 16) return load16(p);
+    else if constexpr (N == 8) return load8(p);
+    else if constexpr (N == 4) return load4(p);
+    else return load2(p);
+}
+template <int N>
+inline void storeN(Zan8u* p, __m128i v) {
+    if constexpr (N == 16) store16(p, v);
+    else if constexpr (N == 8) store8(p, v);
+    else if constexpr (N == 4) store4(p, v);
+    else store2(p, v);
+}
+
+// Byte pairs (x, y) times the signed byte coefficients (cx, cy).
+inline __m128i coef_pair(int cx, int cy) { return _mm_set1_epi16(static_cast<short>((cy & 0xFF) << 8 | (cx & 0xFF))); }
+inline __m128i word_pair(int cx, int cy) { return _mm_set1_epi32(static_cast<int>(static_cast<unsigned>(cy) << 16 | (cx & 0xFFFF))); }
+
+// Byte pairs (s[k], s[k + 1]) for k = 2i + c .. out of s[-2 .. 10] held in
+// bytes 0 .. 12 of a register.
+alignas(16) constexpr Zan8u kPairs0[16] = {0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8};
+alignas(16) constexpr Zan8u kPairs2[16] = {2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8, 8, 9, 9, 10};
+alignas(16) constexpr Zan8u kPairs4[16] = {4, 5, 5, 6, 6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12};
+
+// Unrounded horizontal 6-tap sums of N = 4 or 8 outputs from p, in 16-bit
+// lanes; reads p - 2 .. p + N + 2 and nothing beyond.
+template <int N>
+inline __m128i hsum(const Zan8u* p) {
+    __m128i p0, mid, p2;
+    if constexpr (N == 8) {
+        // s[-2 .. 5] and s[3 .. 10] joined into s[-2 .. 10].
+        __m128i v = _mm_unpacklo_epi64(load8(p - 2), _mm_srli_si128(load8(p + 3), 3));
+        p0 = _mm_shuffle_epi8(v, simd::load16a(kPairs0));   // pairs k = -2 .. 5
+        mid = _mm_shuffle_epi8(v, simd::load16a(kPairs2));  // pairs k = 0 .. 7
+        p2 = _mm_shuffle_epi8(v, simd::load16a(kPairs4));   // pairs k = 2 .. 9
+    } else {
+        p0 = _mm_unpacklo_epi8(load8(p - 2), load8(p - 1));  // pairs k = -2 .. 5
+        mid = _mm_srli_si128(p0, 4);
+        p2 = _mm_srli_si128(p0, 8);
+    }
+    return _mm_add_epi16(_mm_add_epi16(_mm_maddubs_epi16(p0, coef_pair(1, -5)), _mm_maddubs_epi16(mid, coef_pair(20, 20))),
+                         _mm_maddubs_epi16(p2, coef_pair(-5, 1)));
+}
+
+// Unrounded vertical 6-tap sums of N = 4 or 8 columns at p (rows -2 .. 3).
+template <int N>
+inline __m128i vsum(const Zan8u* p, ptrdiff_t s) {
+    auto pair = [&](int k) { return _mm_unpacklo_epi8(loadN<N>(p + k * s), loadN<N>(p + (k + 1) * s)); };
+    return _mm_add_epi16(_mm_add_epi16(_mm_maddubs_epi16(pair(-2), coef_pair(1, -5)), _mm_maddubs_epi16(pair(0), coef_pair(20, 20))),
+                         _mm_maddubs_epi16(pair(2), coef_pair(-5, 1)));
+}
+
+// Clip((sum + 16) >> 5) into the low 8 bytes.
+inline __m128i round5(__m128i v) {
+    v = _mm_srai_epi16(_mm_add_epi16(v, _mm_set1_epi16(16)), 5);
+    return _mm_packus_epi16(v, v);
+}
+
+// The centre: Clip((t0 - 5 t1 + 20 t2 + 20 t3 - 5 t4 + t5 + 512) >> 10) of
+// six rows of unrounded horizontal sums, in 32 bits, into the low 8 bytes.
+inline __m128i centre(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t4, __m128i t5) {
+    const __m128i c01 = word_pair(1, -5), c23 = word_pair(20, 20), c45 = word_pair(-5, 1);
+    const __m128i r = _mm_set1_epi32(512);
+    __m128i lo = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(t0, t1), c01),
+                                             _mm_madd_epi16(_mm_unpacklo_epi16(t2, t3), c23)),
+                               _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(t4, t5), c45), r));
+    __m128i hi = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(t0, t1), c01),
+                                             _mm_madd_epi16(_mm_unpackhi_epi16(t2, t3), c23)),
+                               _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(t4, t5), c45), r));
+    __m128i v = _mm_packs_epi32(_mm_srai_epi32(lo, 10), _mm_srai_epi32(hi, 10));
+    return _mm_packus_epi16(v, v);
+}
+
+// One strip of N = 4 or 8 columns at position P.
+template <int N, int P>
+void luma_strip(const Zan8u* s, ptrdiff_t ss, Zan8u* d, ptrdiff_t ds, Zan32s h) {
+    constexpr int dx = P & 3, dy = P >> 2;
+    if constexpr (P == 0) {
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) storeN<N>(d, loadN<N>(s));
+    } else if constexpr (dy == 0) {  // a b c
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            __m128i v = round5(hsum<N>(s));
+            if constexpr (dx == 1) v = _mm_avg_epu8(v, loadN<N>(s));
+            if constexpr (dx == 3) v = _mm_avg_epu8(v, loadN<N>(s + 1));
+            storeN<N>(d, v);
+        }
+    } else if constexpr (dx == 0) {  // d h n
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            __m128i v = round5(vsum<N>(s, ss));
+            if constexpr (dy == 1) v = _mm_avg_epu8(v, loadN<N>(s));
+            if constexpr (dy == 3) v = _mm_avg_epu8(v, loadN<N>(s + ss));
+            storeN<N>(d, v);
+        }
+    } else if constexpr (dx != 2 && dy != 2) {  // e g p r
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            __m128i b = round5(hsum<N>(dy == 3 ? s + ss : s));
+            __m128i v = round5(vsum<N>(dx == 3 ? s + 1 : s, ss));
+            storeN<N>(d, _mm_avg_epu8(b, v));
+        }
+    } else {  // f i j k q: a window of six rows of horizontal sums
+        __m128i t0 = hsum<N>(s - 2 * ss), t1 = hsum<N>(s - ss), t2 = hsum<N>(s), t3 = hsum<N>(s + ss),
+                t4 = hsum<N>(s + 2 * ss);
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            __m128i t5 = hsum<N>(s + 3 * ss);
+            __m128i v = centre(t0, t1, t2, t3, t4, t5);
+            if constexpr (P == 6) v = _mm_avg_epu8(v, round5(t2));                    // f
+            if constexpr (P == 14) v = _mm_avg_epu8(v, round5(t3));                   // q
+            if constexpr (P == 9) v = _mm_avg_epu8(v, round5(vsum<N>(s, ss)));        // i
+            if constexpr (P == 11) v = _mm_avg_epu8(v, round5(vsum<N>(s + 1, ss)));   // k
+            storeN<N>(d, v);
+            t0 = t1;
+            t1 = t2;
+            t2 = t3;
+            t3 = t4;
+            t4 = t5;
+        }
+    }
+}
+
+template <int W, int P>
+void luma8_simd(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s height) {
+    if constexpr (W == 4) {
+        luma_strip<4, P>(pSrc, srcStep, pDst, dstStep, height);
+    } else if constexpr (P == 0 && W == 16) {
+        luma_strip<16, 0>(pSrc, srcStep, pDst, dstStep, height);
+    } else {
+        for (int x = 0; x < W; x += 8) luma_strip<8, P>(pSrc + x, srcStep, pDst + x, dstStep, height);
+    }
+}
+
+// Chroma.  B bytes a row (N samples planar, 2N bytes interleaved), D the
+// distance to the horizontal neighbour, Col the column of the table (0
+// copy, 1 horizontal, 2 vertical, 3 both), Split for interleaved in and
+// planar out.  Weighted byte pairs are summed with pmaddubsw: every weight
+// is at most 64 and every sum at most 64 * 255.
+template <int B>
+struct Pairs {
+    __m128i lo, hi;
+};
+template <int B>
+inline Pairs<B> pairs_of(__m128i a, __m128i b) {
+    Pairs<B> p;
+    p.lo = _mm_unpacklo_epi8(a, b);
+    p.hi = B == 16 ? _mm_unpackhi_epi8(a, b) : _mm_setzero_si128();
+    return p;
+}
+template <int B>
+inline __m128i weigh(const Pairs<B>& p, __m128i w) {
+    return _mm_maddubs_epi16(p.lo, w);
+}
+template <int B>
+inline __m128i weigh_hi(const Pairs<B>& p, __m128i w) {
+    return _mm_maddubs_epi16(p.hi, w);
+}
+
+alignas(16) constexpr Zan8u kSplit[16] = {0, 2, 4, 6, 8, 10, 12, 14, 1, 3, 5, 7, 9, 11, 13, 15};
+
+template <int B, bool Split>
+inline void put_row(Zan8u* d, Zan8u* v, __m128i bytes) {
+    if constexpr (Split) {
+        bytes = _mm_shuffle_epi8(bytes, simd::load16a(kSplit));
+        storeN<B / 2>(d, bytes);
+        storeN<B / 2>(v, _mm_srli_si128(bytes, 8));
+    } else {
+        storeN<B>(d, bytes);
+    }
+}
+
+template <int B, int D, int Col, bool Split>
+void chroma8_simd(const ChromaJob8& j) {
+    const Zan8u* s = j.pSrc;
+    Zan8u* d = j.pDst;
+    Zan8u* v = j.pDstV;
+    const ptrdiff_t ss = j.srcStep, ds = j.dstStep;
+    if constexpr (Col == 0) {
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v += ds) put_row<B, Split>(d, v, loadN<B>(s));
+    } else if constexpr (Col == 1 || Col == 2) {
+        const int f = Col == 1 ? j.dx : j.dy;
+        const __m128i w = coef_pair(8 - f, f), r = _mm_set1_epi16(4);
+        const ptrdiff_t off = Col == 1 ? D : ss;
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v += ds) {
+            Pairs<B> p = pairs_of<B>(loadN<B>(s), loadN<B>(s + off));
+            __m128i lo = _mm_srli_epi16(_mm_add_epi16(weigh(p, w), r), 3);
+            __m128i hi = B == 16 ? _mm_srli_epi16(_mm_add_epi16(weigh_hi(p, w), r), 3) : lo;
+            put_row<B, Split>(d, v, _mm_packus_epi16(lo, hi));
+        }
+    } else {
+        const __m128i ab = coef_pair((8 - j.dx) * (8 - j.dy), j.dx * (8 - j.dy));
+        const __m128i cd = coef_pair((8 - j.dx) * j.dy, j.dx * j.dy);
+        const __m128i r = _mm_set1_epi16(32);
+        Pairs<B> top = pairs_of<B>(loadN<B>(s), loadN<B>(s + D));
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v += ds) {
+            Pairs<B> bottom = pairs_of<B>(loadN<B>(s + ss), loadN<B>(s + ss + D));
+            __m128i lo = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(weigh(top, ab), weigh(bottom, cd)), r), 6);
+            __m128i hi = lo;
+            if constexpr (B == 16)
+                hi = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(weigh_hi(top, ab), weigh_hi(bottom, cd)), r), 6);
+            put_row<B, Split>(d, v, _mm_packus_epi16(lo, hi));
+            top = bottom;
+        }
+    }
+}
+
+// Bi-prediction average.
+template <int W>
+inline void average_row(const Zan8u* a, const Zan8u* b, Zan8u* d) {
+    storeN<W>(d, _mm_avg_epu8(loadN<W>(a), loadN<W>(b)));
+}
+
+template <int W, int H>
+void average_simd(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, Zan32s, Zan32s) {
+    for (int y = 0; y < H; ++y, a += as, b += bs, d += ds) average_row<W>(a, b, d);
+}
+
+// Any width and height: the row in pieces of 16, 8, 4, 2 and 1.
+void average_any_simd(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, Zan32s w,
+                      Zan32s h) {
+    for (Zan32s y = 0; y < h; ++y, a += as, b += bs, d += ds) {
+        Zan32s x = 0;
+        for (; w - x >= 16; x += 16) average_row<16>(a + x, b + x, d + x);
+        if (w - x >= 8) average_row<8>(a + x, b + x, d + x), x += 8;
+        if (w - x >= 4) average_row<4>(a + x, b + x, d + x), x += 4;
+        if (w - x >= 2) average_row<2>(a + x, b + x, d + x), x += 2;
+        if (w - x >= 1) d[x] = static_cast<Zan8u>(avg2(a[x], b[x]));
+    }
+}
+
+// ================================================================= tables
+
+#define ZAN_LUMA_CLASS(W)                                                                                      \
+    luma8_simd<W, 0>, luma8_simd<W, 1>, luma8_simd<W, 2>, luma8_simd<W, 3>, luma8_simd<W, 4>, luma8_simd<W, 5>, \
+        luma8_simd<W, 6>, luma8_simd<W, 7>, luma8_simd<W, 8>, luma8_simd<W, 9>, luma8_simd<W, 10>,              \
+        luma8_simd<W, 11>, luma8_simd<W, 12>, luma8_simd<W, 13>, luma8_simd<W, 14>, luma8_simd<W, 15>
+
+#define ZAN_CHROMA_CLASS(N, B, D, Split) \
+    chroma8_simd<B, D, 0, Split>, chroma8_simd<B, D, 1, Split>, chroma8_simd<B, D, 2, Split>, chroma8_simd<B, D, 3, Split>
+
+// ============================================================= catalogue
+
+#define ZAN_LUMA_PAIR(W, P, letter) {"luma_w" #W "_" letter, luma8_rule<W, P>, luma8_simd<W, P>, W, 0, P}
+#define ZAN_LUMA_PAIRS(W)                                                                                   \
+    ZAN_LUMA_PAIR(W, 0, "G"), ZAN_LUMA_PAIR(W, 1, "a"), ZAN_LUMA_PAIR(W, 2, "b"), ZAN_LUMA_PAIR(W, 3, "c"),   \
+        ZAN_LUMA_PAIR(W, 4, "d"), ZAN_LUMA_PAIR(W, 5, "e"), ZAN_LUMA_PAIR(W, 6, "f"), ZAN_LUMA_PAIR(W, 7, "g"), \
+        ZAN_LUMA_PAIR(W, 8, "h"), ZAN_LUMA_PAIR(W, 9, "i"), ZAN_LUMA_PAIR(W, 10, "j"),                        \
+        ZAN_LUMA_PAIR(W, 11, "k"), ZAN_LUMA_PAIR(W, 12, "n"), ZAN_LUMA_PAIR(W, 13, "p"),                      \
+        ZAN_LUMA_PAIR(W, 14, "q"), ZAN_LUMA_PAIR(W, 15, "r")
+
+constexpr KernelPair<Luma8Fn> kLumaPairs[] = {ZAN_LUMA_PAIRS(4), ZAN_LUMA_PAIRS(8), ZAN_LUMA_PAIRS(16),
+                                              ZAN_LUMA_PAIRS(24)};
+
+#define ZAN_CHROMA_PAIR(name, N, L, B, D, Col, Split, col) \
+    {name #N "_" col, chroma8_rule<N, L>, chroma8_simd<B, D, Col, Split>, N, 0, (L) + 4 * (Col)}
+#define ZAN_CHROMA_PAIRS(name, N, L, B, D, Split)                                                       \
+    ZAN_CHROMA_PAIR(name, N, L, B, D, 0, Split, "copy"), ZAN_CHROMA_PAIR(name, N, L, B, D, 1, Split, "horz"), \
+        ZAN_CHROMA_PAIR(name, N, L, B, D, 2, Split, "vert"), ZAN_CHROMA_PAIR(name, N, L, B, D, 3, Split, "full")
+
+constexpr KernelPair<Chroma8Fn> kChromaPairs[] = {
+    ZAN_CHROMA_PAIRS("chroma_w", 2, kPlanar, 2, 1, false),
+    ZAN_CHROMA_PAIRS("chroma_w", 4, kPlanar, 4, 1, false),
+    ZAN_CHROMA_PAIRS("chroma_w", 8, kPlanar, 8, 1, false),
+    ZAN_CHROMA_PAIRS("chroma_nv12_w", 2, kNv12, 4, 2, false),
+    ZAN_CHROMA_PAIRS("chroma_nv12_w", 4, kNv12, 8, 2, false),
+    ZAN_CHROMA_PAIRS("chroma_nv12_w", 8, kNv12, 16, 2, false),
+    ZAN_CHROMA_PAIRS("chroma_nv12touv_w", 2, kNv12ToUv, 4, 2, true),
+    ZAN_CHROMA_PAIRS("chroma_nv12touv_w", 4, kNv12ToUv, 8, 2, true),
+    ZAN_CHROMA_PAIRS("chroma_nv12touv_w", 8, kNv12ToUv, 16, 2, true),
+};
+
+#define ZAN_AVERAGE_PAIR(W, H) {"average_" #W "x" #H, average_rule, average_simd<W, H>, W, H, 0}
+constexpr KernelPair<AverageFn> kAveragePairs[] = {
+    ZAN_AVERAGE_PAIR(16, 16), ZAN_AVERAGE_PAIR(16, 8), ZAN_AVERAGE_PAIR(8, 16), ZAN_AVERAGE_PAIR(8, 8),
+    ZAN_AVERAGE_PAIR(8, 4),   ZAN_AVERAGE_PAIR(4, 8),  ZAN_AVERAGE_PAIR(4, 4),  ZAN_AVERAGE_PAIR(4, 2),
+    ZAN_AVERAGE_PAIR(2, 4),   ZAN_AVERAGE_PAIR(2, 2),  ZAN_AVERAGE_PAIR(16, 2), ZAN_AVERAGE_PAIR(2, 16),
+    {"average_any", average_rule, average_any_simd, 0, 0, 0},
+};
+
+}  // namespace
+
+const Luma8Fn luma_table_8u[64] = {ZAN_LUMA_CLASS(4), ZAN_LUMA_CLASS(8), ZAN_LUMA_CLASS(16), ZAN_LUMA_CLASS(24)};
+
+const Chroma8Fn chroma_table_8u[16] = {ZAN_CHROMA_CLASS(2, 2, 1, false), ZAN_CHROMA_CLASS(4, 4, 1, false),
+                                       ZAN_CHROMA_CLASS(8, 8, 1, false), ZAN_CHROMA_CLASS(8, 8, 1, false)};
+const Chroma8Fn chroma_table_nv12_8u[16] = {ZAN_CHROMA_CLASS(2, 4, 2, false), ZAN_CHROMA_CLASS(4, 8, 2, false),
+                                            ZAN_CHROMA_CLASS(8, 16, 2, false), ZAN_CHROMA_CLASS(8, 16, 2, false)};
+const Chroma8Fn chroma_table_nv12touv_8u[16] = {ZAN_CHROMA_CLASS(2, 4, 2, true), ZAN_CHROMA_CLASS(4, 8, 2, true),
+                                                ZAN_CHROMA_CLASS(8, 16, 2, true), ZAN_CHROMA_CLASS(8, 16, 2, true)};
+
+// (width >> 2) * 5 + (height >> 2) for sizes 2, 4, 8, 16; the kernel of any
+// size at every other index.
+#define A average_any_simd
+const AverageFn average_table[25] = {
+    average_simd<2, 2>,  average_simd<2, 4>,  average_simd<2, 8>,  A, average_simd<2, 16>,
+    average_simd<4, 2>,  average_simd<4, 4>,  average_simd<4, 8>,  A, average_simd<4, 16>,
+    average_simd<8, 2>,  average_simd<8, 4>,  average_simd<8, 8>,  A, average_simd<8, 16>,
+    A,                   A,                   A,                   A, A,
+    average_simd<16, 2>, average_simd<16, 4>, average_simd<16, 8>, A, average_simd<16, 16>,
+};
+#undef A
+const AverageFn average_any = average_any_simd;
+
+void luma_16u(const Job16& j) {
+    for (Zan32s y = 0; y < j.height; ++y)
+        for (Zan32s x = 0; x < j.width; ++x)
+            j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
+                luma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, j.dx, j.dy, j.maxValue));
+}
+
+void chroma_16u(const Job16& j) {
+    for (Zan32s y = 0; y < j.height; ++y)
+        for (Zan32s x = 0; x < j.width; ++x)
+            j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
+                chroma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, 1, j.dx, j.dy));
+}
+
+const Kernels kernels = {kLumaPairs, kChromaPairs, kAveragePairs};
+
+}  // namespace zan::ZAN_PATH::h264interp
