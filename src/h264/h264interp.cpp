@@ -113,6 +113,20 @@ void average_rule(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d
                 avg2(a[static_cast<ptrdiff_t>(as) * y + x], b[static_cast<ptrdiff_t>(bs) * y + x]));
 }
 
+// 16-bit luma at one position: the plain loop is the implementation.
+template <int P>
+void luma16_at(const Job16& j) {
+    for (Zan32s y = 0; y < j.height; ++y)
+        for (Zan32s x = 0; x < j.width; ++x)
+            j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
+                luma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, P & 3, P >> 2, j.maxValue));
+}
+
+constexpr Interp16Fn kLuma16[16] = {luma16_at<0>,  luma16_at<1>,  luma16_at<2>,  luma16_at<3>,
+                                    luma16_at<4>,  luma16_at<5>,  luma16_at<6>,  luma16_at<7>,
+                                    luma16_at<8>,  luma16_at<9>,  luma16_at<10>, luma16_at<11>,
+                                    luma16_at<12>, luma16_at<13>, luma16_at<14>, luma16_at<15>};
+
 // ========================================================== vector kernels
 
 using simd::load16;
@@ -155,62 +169,105 @@ inline void storeN(Zan8u* p, __m128i v) {
 inline __m128i coef_pair(int cx, int cy) { return _mm_set1_epi16(static_cast<short>((cy & 0xFF) << 8 | (cx & 0xFF))); }
 inline __m128i word_pair(int cx, int cy) { return _mm_set1_epi32(static_cast<int>(static_cast<unsigned>(cy) << 16 | (cx & 0xFFFF))); }
 
-// Byte pairs (s[k], s[k + 1]) for k = 2i + c .. out of s[-2 .. 10] held in
-// bytes 0 .. 12 of a register.
-alignas(16) constexpr Zan8u kPairs0[16] = {0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8};
-alignas(16) constexpr Zan8u kPairs2[16] = {2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8, 8, 9, 9, 10};
-alignas(16) constexpr Zan8u kPairs4[16] = {4, 5, 5, 6, 6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12};
+// Byte pairs (s[k], s[k + 1]) for 8 consecutive k out of a register holding
+// s[-2 .. 10] from byte `first` on: k from -2, 0 and 2.
+template <int first>
+struct PairShuffles {
+    alignas(16) static constexpr Zan8u at0[16] = {first + 0, first + 1, first + 1, first + 2, first + 2, first + 3,
+                                                  first + 3, first + 4, first + 4, first + 5, first + 5, first + 6,
+                                                  first + 6, first + 7, first + 7, first + 8};
+    alignas(16) static constexpr Zan8u at2[16] = {first + 2, first + 3, first + 3, first + 4, first + 4,  first + 5,
+                                                  first + 5, first + 6, first + 6, first + 7, first + 7,  first + 8,
+                                                  first + 8, first + 9, first + 9, first + 10};
+    alignas(16) static constexpr Zan8u at4[16] = {first + 4,  first + 5,  first + 5,  first + 6,  first + 6,  first + 7,
+                                                  first + 7,  first + 8,  first + 8,  first + 9,  first + 9,  first + 10,
+                                                  first + 10, first + 11, first + 11, first + 12};
+};
 
-// Unrounded horizontal 6-tap sums of N = 4 or 8 outputs from p, in 16-bit
-// lanes; reads p - 2 .. p + N + 2 and nothing beyond.
-template <int N>
-inline __m128i hsum(const Zan8u* p) {
-    __m128i p0, mid, p2;
-    if constexpr (N == 8) {
-        // s[-2 .. 5] and s[3 .. 10] joined into s[-2 .. 10].
-        __m128i v = _mm_unpacklo_epi64(load8(p - 2), _mm_srli_si128(load8(p + 3), 3));
-        p0 = _mm_shuffle_epi8(v, simd::load16a(kPairs0));   // pairs k = -2 .. 5
-        mid = _mm_shuffle_epi8(v, simd::load16a(kPairs2));  // pairs k = 0 .. 7
-        p2 = _mm_shuffle_epi8(v, simd::load16a(kPairs4));   // pairs k = 2 .. 9
-    } else {
-        p0 = _mm_unpacklo_epi8(load8(p - 2), load8(p - 1));  // pairs k = -2 .. 5
-        mid = _mm_srli_si128(p0, 4);
-        p2 = _mm_srli_si128(p0, 8);
-    }
+// The six-tap sum of 8 outputs from the three pair registers.
+inline __m128i taps(__m128i p0, __m128i mid, __m128i p2) {
     return _mm_add_epi16(_mm_add_epi16(_mm_maddubs_epi16(p0, coef_pair(1, -5)), _mm_maddubs_epi16(mid, coef_pair(20, 20))),
                          _mm_maddubs_epi16(p2, coef_pair(-5, 1)));
 }
+template <int first>
+inline __m128i taps_from(__m128i v) {
+    using S = PairShuffles<first>;
+    return taps(_mm_shuffle_epi8(v, simd::load16a(S::at0)), _mm_shuffle_epi8(v, simd::load16a(S::at2)),
+                _mm_shuffle_epi8(v, simd::load16a(S::at4)));
+}
 
-// Unrounded vertical 6-tap sums of N = 4 or 8 columns at p (rows -2 .. 3).
+// Unrounded 6-tap sums of N = 4, 8 or 16 outputs in 16-bit lanes, one
+// register per 8 outputs (N = 4 uses the low half).
 template <int N>
-inline __m128i vsum(const Zan8u* p, ptrdiff_t s) {
-    auto pair = [&](int k) { return _mm_unpacklo_epi8(loadN<N>(p + k * s), loadN<N>(p + (k + 1) * s)); };
-    return _mm_add_epi16(_mm_add_epi16(_mm_maddubs_epi16(pair(-2), coef_pair(1, -5)), _mm_maddubs_epi16(pair(0), coef_pair(20, 20))),
-                         _mm_maddubs_epi16(pair(2), coef_pair(-5, 1)));
+struct Sums {
+    __m128i v[N == 16 ? 2 : 1];
+};
+
+// Horizontal sums at p; reads p - 2 .. p + N + 2 and nothing beyond.
+template <int N>
+inline Sums<N> hsum(const Zan8u* p) {
+    Sums<N> r;
+    if constexpr (N == 16) {
+        const __m128i a = load16(p - 2), b = load16(p + 3);  // s[-2 .. 13], s[3 .. 18]
+        r.v[0] = taps_from<0>(a);
+        r.v[1] = taps_from<3>(b);  // s[6 .. 18] from byte 3
+    } else if constexpr (N == 8) {
+        // s[-2 .. 5] and s[3 .. 10] joined into s[-2 .. 10].
+        r.v[0] = taps_from<0>(_mm_unpacklo_epi64(load8(p - 2), _mm_srli_si128(load8(p + 3), 3)));
+    } else {
+        const __m128i p0 = _mm_unpacklo_epi8(load8(p - 2), load8(p - 1));  // pairs k = -2 .. 5
+        r.v[0] = taps(p0, _mm_srli_si128(p0, 4), _mm_srli_si128(p0, 8));
+    }
+    return r;
 }
 
-// Clip((sum + 16) >> 5) into the low 8 bytes.
-inline __m128i round5(__m128i v) {
-    v = _mm_srai_epi16(_mm_add_epi16(v, _mm_set1_epi16(16)), 5);
-    return _mm_packus_epi16(v, v);
+// Vertical sums of N columns at p (rows -2 .. 3).
+template <int N>
+inline Sums<N> vsum(const Zan8u* p, ptrdiff_t s) {
+    Sums<N> r;
+    if constexpr (N == 16) {
+        __m128i row[6];
+        for (int k = 0; k < 6; ++k) row[k] = load16(p + (k - 2) * s);
+        r.v[0] = taps(_mm_unpacklo_epi8(row[0], row[1]), _mm_unpacklo_epi8(row[2], row[3]), _mm_unpacklo_epi8(row[4], row[5]));
+        r.v[1] = taps(_mm_unpackhi_epi8(row[0], row[1]), _mm_unpackhi_epi8(row[2], row[3]), _mm_unpackhi_epi8(row[4], row[5]));
+    } else {
+        auto pair = [&](int k) { return _mm_unpacklo_epi8(loadN<N>(p + k * s), loadN<N>(p + (k + 1) * s)); };
+        r.v[0] = taps(pair(-2), pair(0), pair(2));
+    }
+    return r;
 }
 
-// The centre: Clip((t0 - 5 t1 + 20 t2 + 20 t3 - 5 t4 + t5 + 512) >> 10) of
-// six rows of unrounded horizontal sums, in 32 bits, into the low 8 bytes.
-inline __m128i centre(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t4, __m128i t5) {
-    const __m128i c01 = word_pair(1, -5), c23 = word_pair(20, 20), c45 = word_pair(-5, 1);
-    const __m128i r = _mm_set1_epi32(512);
-    __m128i lo = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(t0, t1), c01),
-                                             _mm_madd_epi16(_mm_unpacklo_epi16(t2, t3), c23)),
-                               _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(t4, t5), c45), r));
-    __m128i hi = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(t0, t1), c01),
-                                             _mm_madd_epi16(_mm_unpackhi_epi16(t2, t3), c23)),
-                               _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(t4, t5), c45), r));
-    __m128i v = _mm_packs_epi32(_mm_srai_epi32(lo, 10), _mm_srai_epi32(hi, 10));
-    return _mm_packus_epi16(v, v);
+// Clip((sum + 16) >> 5) as N bytes in the low bytes of a register.
+template <int N>
+inline __m128i round5(const Sums<N>& t) {
+    const __m128i r = _mm_set1_epi16(16);
+    const __m128i lo = _mm_srai_epi16(_mm_add_epi16(t.v[0], r), 5);
+    if constexpr (N == 16) return _mm_packus_epi16(lo, _mm_srai_epi16(_mm_add_epi16(t.v[1], r), 5));
+    else return _mm_packus_epi16(lo, lo);
 }
 
-// One strip of N = 4 or 8 columns at position P.
+// The centre of 8 columns: Clip((t0 - 5 t1 + 20 t2 + 20 t3 - 5 t4 + t5 +
+// 512) >> 10) of six rows of unrounded horizontal sums.  x = t0 + t5,
+// y = t1 + t4 and z = t2 + t3 stay within -5100 .. 21420 and fit 16 bits;
+// x - 5 y + 20 z + 512 (up to 475832 in magnitude) is formed in 32 bits by
+// pmaddwd on the pairs (x, y) and (z, 1).  Result in 16-bit lanes.
+inline __m128i centre8(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t4, __m128i t5) {
+    const __m128i x = _mm_add_epi16(t0, t5), y = _mm_add_epi16(t1, t4), z = _mm_add_epi16(t2, t3);
+    const __m128i one = _mm_set1_epi16(1), cxy = word_pair(1, -5), cz = word_pair(20, 512);
+    const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x, y), cxy), _mm_madd_epi16(_mm_unpacklo_epi16(z, one), cz));
+    const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x, y), cxy), _mm_madd_epi16(_mm_unpackhi_epi16(z, one), cz));
+    return _mm_packs_epi32(_mm_srai_epi32(lo, 10), _mm_srai_epi32(hi, 10));
+}
+
+template <int N>
+inline __m128i centre(const Sums<N>& t0, const Sums<N>& t1, const Sums<N>& t2, const Sums<N>& t3, const Sums<N>& t4,
+                      const Sums<N>& t5) {
+    const __m128i lo = centre8(t0.v[0], t1.v[0], t2.v[0], t3.v[0], t4.v[0], t5.v[0]);
+    if constexpr (N == 16) return _mm_packus_epi16(lo, centre8(t0.v[1], t1.v[1], t2.v[1], t3.v[1], t4.v[1], t5.v[1]));
+    else return _mm_packus_epi16(lo, lo);
+}
+
+// One strip of N = 4, 8 or 16 columns at position P.
 template <int N, int P>
 void luma_strip(const Zan8u* s, ptrdiff_t ss, Zan8u* d, ptrdiff_t ds, Zan32s h) {
     constexpr int dx = P & 3, dy = P >> 2;
@@ -237,15 +294,15 @@ void luma_strip(const Zan8u* s, ptrdiff_t ss, Zan8u* d, ptrdiff_t ds, Zan32s h) 
             storeN<N>(d, _mm_avg_epu8(b, v));
         }
     } else {  // f i j k q: a window of six rows of horizontal sums
-        __m128i t0 = hsum<N>(s - 2 * ss), t1 = hsum<N>(s - ss), t2 = hsum<N>(s), t3 = hsum<N>(s + ss),
+        Sums<N> t0 = hsum<N>(s - 2 * ss), t1 = hsum<N>(s - ss), t2 = hsum<N>(s), t3 = hsum<N>(s + ss),
                 t4 = hsum<N>(s + 2 * ss);
         for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
-            __m128i t5 = hsum<N>(s + 3 * ss);
+            const Sums<N> t5 = hsum<N>(s + 3 * ss);
             __m128i v = centre(t0, t1, t2, t3, t4, t5);
-            if constexpr (P == 6) v = _mm_avg_epu8(v, round5(t2));                    // f
-            if constexpr (P == 14) v = _mm_avg_epu8(v, round5(t3));                   // q
-            if constexpr (P == 9) v = _mm_avg_epu8(v, round5(vsum<N>(s, ss)));        // i
-            if constexpr (P == 11) v = _mm_avg_epu8(v, round5(vsum<N>(s + 1, ss)));   // k
+            if constexpr (P == 6) v = _mm_avg_epu8(v, round5(t2));                   // f
+            if constexpr (P == 14) v = _mm_avg_epu8(v, round5(t3));                  // q
+            if constexpr (P == 9) v = _mm_avg_epu8(v, round5(vsum<N>(s, ss)));      // i
+            if constexpr (P == 11) v = _mm_avg_epu8(v, round5(vsum<N>(s + 1, ss)));  // k
             storeN<N>(d, v);
             t0 = t1;
             t1 = t2;
@@ -258,12 +315,11 @@ void luma_strip(const Zan8u* s, ptrdiff_t ss, Zan8u* d, ptrdiff_t ds, Zan32s h) 
 
 template <int W, int P>
 void luma8_simd(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s height) {
-    if constexpr (W == 4) {
-        luma_strip<4, P>(pSrc, srcStep, pDst, dstStep, height);
-    } else if constexpr (P == 0 && W == 16) {
-        luma_strip<16, 0>(pSrc, srcStep, pDst, dstStep, height);
+    if constexpr (W == 24) {
+        luma_strip<16, P>(pSrc, srcStep, pDst, dstStep, height);
+        luma_strip<8, P>(pSrc + 16, srcStep, pDst + 16, dstStep, height);
     } else {
-        for (int x = 0; x < W; x += 8) luma_strip<8, P>(pSrc + x, srcStep, pDst + x, dstStep, height);
+        luma_strip<W, P>(pSrc, srcStep, pDst, dstStep, height);
     }
 }
 
@@ -437,12 +493,7 @@ const AverageFn average_table[25] = {
 #undef A
 const AverageFn average_any = average_any_simd;
 
-void luma_16u(const Job16& j) {
-    for (Zan32s y = 0; y < j.height; ++y)
-        for (Zan32s x = 0; x < j.width; ++x)
-            j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
-                luma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, j.dx, j.dy, j.maxValue));
-}
+void luma_16u(const Job16& j) { kLuma16[j.dy * 4 + j.dx](j); }
 
 void chroma_16u(const Job16& j) {
     for (Zan32s y = 0; y < j.height; ++y)
