@@ -7,8 +7,8 @@
 // sums with pmaddubsw on byte pairs (each pair sum and the total stay within
 // -2550..10710, so 16 bits hold them), and the centre position's second
 // stage with pmaddwd in 32 bits, where the sum of six unrounded horizontal
-// sums reaches -214200..475320.  The 16-bit forms have no vector path: the
-// plain loops are the implementation.
+// sums reaches -214200..475320.  16-bit chroma has SSE2 kernels on biased
+// samples; for 16-bit luma the plain loops are the implementation.
 #include <cstddef>
 #include <cstring>
 
@@ -104,6 +104,15 @@ void chroma8_rule(const ChromaJob8& j) {
             }
         }
     }
+}
+
+// 16-bit chroma, N samples a row.
+template <int N>
+void chroma16_rule(const Job16& j) {
+    for (Zan32s y = 0; y < j.height; ++y)
+        for (Zan32s x = 0; x < N; ++x)
+            j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
+                chroma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, 1, j.dx, j.dy));
 }
 
 void average_rule(const Zan8u* a, Zan32s as, const Zan8u* b, Zan32s bs, Zan8u* d, Zan32s ds, Zan32s w, Zan32s h) {
@@ -396,6 +405,61 @@ void chroma8_simd(const ChromaJob8& j) {
     }
 }
 
+// 16-bit chroma, N = 2, 4 or 8 samples a row.  pmaddwd multiplies signed
+// words, so the samples are biased by -32768 and the weights' total times
+// 32768 is added back before the rounding: the sum is exact in 32 bits.
+template <int N>
+inline __m128i load_samples(const Zan16u* p) {
+    const __m128i bias = _mm_set1_epi16(static_cast<short>(0x8000));
+    if constexpr (N == 8) return _mm_xor_si128(load16(p), bias);
+    else if constexpr (N == 4) return _mm_xor_si128(load8(p), bias);
+    else return _mm_xor_si128(load4(p), bias);
+}
+
+// (sum + add) >> shift of 32-bit lanes lo, hi (results 0..65535) stored as
+// N 16-bit samples.
+template <int N, int shift>
+inline void store_samples(Zan16u* d, __m128i lo, __m128i hi, __m128i add) {
+    const __m128i unbias = _mm_set1_epi32(32768);
+    lo = _mm_sub_epi32(_mm_srai_epi32(_mm_add_epi32(lo, add), shift), unbias);
+    hi = _mm_sub_epi32(_mm_srai_epi32(_mm_add_epi32(hi, add), shift), unbias);
+    const __m128i v = _mm_xor_si128(_mm_packs_epi32(lo, hi), _mm_set1_epi16(static_cast<short>(0x8000)));
+    if constexpr (N == 8) store16(d, v);
+    else if constexpr (N == 4) store8(d, v);
+    else store4(d, v);
+}
+
+template <int N, int Col>
+void chroma16_simd(const Job16& j) {
+    const Zan16u* s = j.pSrc;
+    Zan16u* d = j.pDst;
+    const ptrdiff_t ss = j.srcStep, ds = j.dstStep;
+    if constexpr (Col == 0) {
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds) std::memcpy(d, s, 2 * N);
+    } else if constexpr (Col == 1 || Col == 2) {
+        const int f = Col == 1 ? j.dx : j.dy;
+        const __m128i w = word_pair(8 - f, f), add = _mm_set1_epi32(8 * 32768 + 4);
+        const ptrdiff_t off = Col == 1 ? 1 : ss;
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds) {
+            const __m128i a = load_samples<N>(s), b = load_samples<N>(s + off);
+            store_samples<N, 3>(d, _mm_madd_epi16(_mm_unpacklo_epi16(a, b), w), _mm_madd_epi16(_mm_unpackhi_epi16(a, b), w), add);
+        }
+    } else {
+        const __m128i ab = word_pair((8 - j.dx) * (8 - j.dy), j.dx * (8 - j.dy));
+        const __m128i cd = word_pair((8 - j.dx) * j.dy, j.dx * j.dy);
+        const __m128i add = _mm_set1_epi32(64 * 32768 + 32);
+        __m128i a = load_samples<N>(s), b = load_samples<N>(s + 1);
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds) {
+            const __m128i c = load_samples<N>(s + ss), e = load_samples<N>(s + ss + 1);
+            const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(a, b), ab), _mm_madd_epi16(_mm_unpacklo_epi16(c, e), cd));
+            const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(a, b), ab), _mm_madd_epi16(_mm_unpackhi_epi16(c, e), cd));
+            store_samples<N, 6>(d, lo, hi, add);
+            a = c;
+            b = e;
+        }
+    }
+}
+
 // Bi-prediction average.
 template <int W>
 inline void average_row(const Zan8u* a, const Zan8u* b, Zan8u* d) {
@@ -461,6 +525,22 @@ constexpr KernelPair<Chroma8Fn> kChromaPairs[] = {
     ZAN_CHROMA_PAIRS("chroma_nv12touv_w", 8, kNv12ToUv, 16, 2, true),
 };
 
+#define ZAN_CHROMA16_PAIRS(N)                                                                  \
+    {"chroma16_w" #N "_copy", chroma16_rule<N>, chroma16_simd<N, 0>, N, 0, 0},                   \
+        {"chroma16_w" #N "_horz", chroma16_rule<N>, chroma16_simd<N, 1>, N, 0, 4},               \
+        {"chroma16_w" #N "_vert", chroma16_rule<N>, chroma16_simd<N, 2>, N, 0, 8},               \
+        {"chroma16_w" #N "_full", chroma16_rule<N>, chroma16_simd<N, 3>, N, 0, 12}
+constexpr KernelPair<Interp16Fn> kChroma16Pairs[] = {ZAN_CHROMA16_PAIRS(2), ZAN_CHROMA16_PAIRS(4), ZAN_CHROMA16_PAIRS(8)};
+#undef ZAN_CHROMA16_PAIRS
+
+// By (width & 12) | (dy ? 2 : 0) | (dx ? 1 : 0), as the 8-bit tables.
+constexpr Interp16Fn kChroma16[16] = {
+    chroma16_simd<2, 0>, chroma16_simd<2, 1>, chroma16_simd<2, 2>, chroma16_simd<2, 3>,
+    chroma16_simd<4, 0>, chroma16_simd<4, 1>, chroma16_simd<4, 2>, chroma16_simd<4, 3>,
+    chroma16_simd<8, 0>, chroma16_simd<8, 1>, chroma16_simd<8, 2>, chroma16_simd<8, 3>,
+    chroma16_simd<8, 0>, chroma16_simd<8, 1>, chroma16_simd<8, 2>, chroma16_simd<8, 3>,
+};
+
 #define ZAN_AVERAGE_PAIR(W, H) {"average_" #W "x" #H, average_rule, average_simd<W, H>, W, H, 0}
 constexpr KernelPair<AverageFn> kAveragePairs[] = {
     ZAN_AVERAGE_PAIR(16, 16), ZAN_AVERAGE_PAIR(16, 8), ZAN_AVERAGE_PAIR(8, 16), ZAN_AVERAGE_PAIR(8, 8),
@@ -495,13 +575,20 @@ const AverageFn average_any = average_any_simd;
 
 void luma_16u(const Job16& j) { kLuma16[j.dy * 4 + j.dx](j); }
 
+// Any width made of the bits 8, 4 and 2, side by side.
 void chroma_16u(const Job16& j) {
-    for (Zan32s y = 0; y < j.height; ++y)
-        for (Zan32s x = 0; x < j.width; ++x)
-            j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
-                chroma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, 1, j.dx, j.dy));
+    const Zan32s col = (j.dy ? 2 : 0) | (j.dx ? 1 : 0);
+    Zan32s off = 0;
+    for (Zan32s bit : {8, 4, 2})
+        if (j.width & bit) {
+            Job16 k = j;
+            k.pSrc += off;
+            k.pDst += off;
+            kChroma16[(bit & 12) | col](k);
+            off += bit;
+        }
 }
 
-const Kernels kernels = {kLumaPairs, kChromaPairs, kAveragePairs};
+const Kernels kernels = {kLumaPairs, kChromaPairs, kAveragePairs, kChroma16Pairs};
 
 }  // namespace zan::ZAN_PATH::h264interp

@@ -78,10 +78,12 @@ struct BoundaryRead {
 //     1 interleaved in and out, 2 interleaved in and planar out, plus 4 * the
 //     column (0 copy, 1 horizontal, 2 vertical, 3 both).
 //   average: width and height of a table entry; 0 for the kernel of any size.
+//   chroma16: width = samples, param = 4 * the column as for chroma8.
 struct Kernels {
     KernelList<Luma8Fn> luma8;
     KernelList<Chroma8Fn> chroma8;
     KernelList<AverageFn> average;
+    KernelList<Interp16Fn> chroma16;
 };
 
 }  // namespace zan::h264interp
@@ -94,8 +96,9 @@ struct Kernels {
 //       [(width & 12) | (dy ? 2 : 0) | (dx ? 1 : 0)]  chroma kernels by width
 //       class (2, 4, 8; class 12 repeats 8) and column (copy, horizontal,
 //       vertical, both).
-//   luma_16u(job), chroma_16u(job)  16-bit interpolation of any block size
-//       (the plain loop is the implementation: no vector path).
+//   luma_16u(job)  16-bit luma of any block size (the plain loops are the
+//       implementation: no vector path).
+//   chroma_16u(job)  16-bit chroma of any width made of the bits 8, 4, 2.
 //   zaniReadDataBlockThroughBoundary_8u / _16u / _NV12_8u(edge, region)
 //       copy the region into region.buf, each position outside the plane
 //       taking the nearest plane sample; an axis with both bits set is

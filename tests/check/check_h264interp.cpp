@@ -92,6 +92,30 @@ TEST(CheckH264Interp, ChromaEveryWidthColumnAndLayout) {
     }
 }
 
+TEST(CheckH264Interp, SixteenBitChroma) {
+    Rng rng(106);
+    for (const auto& e : kernels().chroma16) {
+        const Zan32s col = e.param >> 2;
+        for (int d = 0; d < draws(); ++d) {
+            const Zan32s dx = col & 1 ? rng.range(1, 7) : 0, dy = col & 2 ? rng.range(1, 7) : 0;
+            const Zan32s h = d % 5 == 0 ? rng.range(0, 17) : 2 * rng.range(1, 8);
+            const Zan32s srcW = 2 * (e.width + (dx ? 1 : 0)), dstW = 2 * e.width;
+            const Zan32s ss = step_of(steps_for(srcW, 2), d), ds = step_of(steps_for(dstW, 2), d / 7);
+            const Zan32s rows = h + (dy ? 1 : 0), outRows = h > 0 ? h : 1;
+            Region src(srcW, rows > 0 ? rows : 1, ss, 2 * (d % 8));
+            Region want(dstW, outRows, ds, 2 * ((d / 8) % 8)), got(dstW, outRows, ds, 2 * ((d / 8) % 8));
+            // All 16 bits, or a bit depth's range.
+            src.fill16(rng, 0, d % 2 ? 65535 : (1 << rng.range(8, 14)) - 1);
+            want.set(0x3C);
+            got.set(0x3C);
+            e.rule({src.as<Zan16u>(), ss / 2, want.as<Zan16u>(), ds / 2, dx, dy, e.width, h, 65535});
+            e.simd({src.as<Zan16u>(), ss / 2, got.as<Zan16u>(), ds / 2, dx, dy, e.width, h, 65535});
+            ASSERT_TRUE(want.same_as(got)) << e.name << " draw " << d << " dx " << dx << " dy " << dy << " h " << h
+                                           << " steps " << ss << "/" << ds << " seed " << seed();
+        }
+    }
+}
+
 TEST(CheckH264Interp, BiPredictionAverage) {
     Rng rng(103);
     for (const auto& e : kernels().average)
