@@ -7,8 +7,8 @@
 // sums with pmaddubsw on byte pairs (each pair sum and the total stay within
 // -2550..10710, so 16 bits hold them), and the centre position's second
 // stage with pmaddwd in 32 bits, where the sum of six unrounded horizontal
-// sums reaches -214200..475320.  16-bit chroma has SSE2 kernels on biased
-// samples; for 16-bit luma the plain loops are the implementation.
+// sums reaches -214200..475320.  The 16-bit kernels are SSE2 on samples
+// biased into signed words, with sums in 32 bits.
 #include <cstddef>
 #include <cstring>
 
@@ -129,6 +129,14 @@ void luma16_at(const Job16& j) {
         for (Zan32s x = 0; x < j.width; ++x)
             j.pDst[static_cast<ptrdiff_t>(j.dstStep) * y + x] = static_cast<Zan16u>(
                 luma_sample(j.pSrc + static_cast<ptrdiff_t>(j.srcStep) * y + x, j.srcStep, P & 3, P >> 2, j.maxValue));
+}
+
+// The same over a fixed width W, for the catalogue.
+template <int W, int P>
+void luma16_rule(const Job16& j) {
+    Job16 k = j;
+    k.width = W;
+    luma16_at<P>(k);
 }
 
 constexpr Interp16Fn kLuma16[16] = {luma16_at<0>,  luma16_at<1>,  luma16_at<2>,  luma16_at<3>,
@@ -460,6 +468,140 @@ void chroma16_simd(const Job16& j) {
     }
 }
 
+// 16-bit luma, strips of N = 4 or 8 outputs.  Sums are formed in 32 bits:
+// samples biased by -32768 go through pmaddwd with the tap pairs (1, -5),
+// (20, 20), (-5, 1), and 32 * 32768 is added back, so each horizontal or
+// vertical sum is exact (-655350 .. 2752470); the centre's second stage
+// (up to about 1.2e8) uses shifts and adds.  Results are clamped through a
+// signed saturating pack of (v - 32768), then pminsw with maxValue - 32768;
+// maxValue must lie in 0..65535.
+struct Sums16 {
+    __m128i lo, hi;  // outputs 0..3 and 4..7 (N = 4: lo only)
+};
+
+template <int N>
+inline __m128i load_biased(const Zan16u* p) {
+    const __m128i bias = _mm_set1_epi16(static_cast<short>(0x8000));
+    if constexpr (N == 8) return _mm_xor_si128(load16(p), bias);
+    else return _mm_xor_si128(load8(p), bias);
+}
+
+template <int N>
+inline Sums16 taps16(const __m128i (&v)[6]) {
+    const __m128i c01 = word_pair(1, -5), c23 = word_pair(20, 20), c45 = word_pair(-5, 1);
+    const __m128i back = _mm_set1_epi32(32 * 32768);
+    Sums16 r;
+    r.lo = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(v[0], v[1]), c01),
+                                       _mm_madd_epi16(_mm_unpacklo_epi16(v[2], v[3]), c23)),
+                         _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(v[4], v[5]), c45), back));
+    if constexpr (N == 8)
+        r.hi = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(v[0], v[1]), c01),
+                                           _mm_madd_epi16(_mm_unpackhi_epi16(v[2], v[3]), c23)),
+                             _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(v[4], v[5]), c45), back));
+    else
+        r.hi = r.lo;
+    return r;
+}
+
+// Horizontal sums at p (reads p - 2 .. p + N + 2), vertical sums of column p.
+template <int N>
+inline Sums16 hsum16(const Zan16u* p) {
+    __m128i v[6];
+    for (int k = 0; k < 6; ++k) v[k] = load_biased<N>(p + k - 2);
+    return taps16<N>(v);
+}
+template <int N>
+inline Sums16 vsum16(const Zan16u* p, ptrdiff_t s) {
+    __m128i v[6];
+    for (int k = 0; k < 6; ++k) v[k] = load_biased<N>(p + (k - 2) * s);
+    return taps16<N>(v);
+}
+
+// Clip((v + round) >> shift) to 0..maxValue as 8 samples.
+template <int shift>
+inline __m128i clip16(const Sums16& t, __m128i maxBiased) {
+    const __m128i r = _mm_set1_epi32(1 << (shift - 1)), unbias = _mm_set1_epi32(32768);
+    const __m128i lo = _mm_sub_epi32(_mm_srai_epi32(_mm_add_epi32(t.lo, r), shift), unbias);
+    const __m128i hi = _mm_sub_epi32(_mm_srai_epi32(_mm_add_epi32(t.hi, r), shift), unbias);
+    return _mm_xor_si128(_mm_min_epi16(_mm_packs_epi32(lo, hi), maxBiased), _mm_set1_epi16(static_cast<short>(0x8000)));
+}
+
+// x - 5 y + 20 z of x = t0 + t5, y = t1 + t4, z = t2 + t3, in 32 bits.
+inline __m128i centre16_part(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t4, __m128i t5) {
+    const __m128i x = _mm_add_epi32(t0, t5), y = _mm_add_epi32(t1, t4), z = _mm_add_epi32(t2, t3);
+    const __m128i y5 = _mm_add_epi32(_mm_slli_epi32(y, 2), y), z20 = _mm_add_epi32(_mm_slli_epi32(z, 4), _mm_slli_epi32(z, 2));
+    return _mm_add_epi32(_mm_sub_epi32(x, y5), z20);
+}
+
+template <int N>
+inline void store16N(Zan16u* d, __m128i v) {
+    if constexpr (N == 8) store16(d, v);
+    else store8(d, v);
+}
+template <int N>
+inline __m128i load16N(const Zan16u* p) {
+    if constexpr (N == 8) return load16(p);
+    else return load8(p);
+}
+
+template <int N, int P>
+void luma16_strip(const Zan16u* s, ptrdiff_t ss, Zan16u* d, ptrdiff_t ds, Zan32s h, __m128i maxBiased) {
+    constexpr int dx = P & 3, dy = P >> 2;
+    if constexpr (P == 0) {
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) store16N<N>(d, load16N<N>(s));
+    } else if constexpr (dy == 0) {
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            __m128i v = clip16<5>(hsum16<N>(s), maxBiased);
+            if constexpr (dx == 1) v = _mm_avg_epu16(v, load16N<N>(s));
+            if constexpr (dx == 3) v = _mm_avg_epu16(v, load16N<N>(s + 1));
+            store16N<N>(d, v);
+        }
+    } else if constexpr (dx == 0) {
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            __m128i v = clip16<5>(vsum16<N>(s, ss), maxBiased);
+            if constexpr (dy == 1) v = _mm_avg_epu16(v, load16N<N>(s));
+            if constexpr (dy == 3) v = _mm_avg_epu16(v, load16N<N>(s + ss));
+            store16N<N>(d, v);
+        }
+    } else if constexpr (dx != 2 && dy != 2) {
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            const __m128i b = clip16<5>(hsum16<N>(dy == 3 ? s + ss : s), maxBiased);
+            const __m128i v = clip16<5>(vsum16<N>(dx == 3 ? s + 1 : s, ss), maxBiased);
+            store16N<N>(d, _mm_avg_epu16(b, v));
+        }
+    } else {
+        Sums16 t0 = hsum16<N>(s - 2 * ss), t1 = hsum16<N>(s - ss), t2 = hsum16<N>(s), t3 = hsum16<N>(s + ss),
+               t4 = hsum16<N>(s + 2 * ss);
+        for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
+            const Sums16 t5 = hsum16<N>(s + 3 * ss);
+            const Sums16 j1{centre16_part(t0.lo, t1.lo, t2.lo, t3.lo, t4.lo, t5.lo),
+                            N == 8 ? centre16_part(t0.hi, t1.hi, t2.hi, t3.hi, t4.hi, t5.hi) : _mm_setzero_si128()};
+            __m128i v = clip16<10>(j1, maxBiased);
+            if constexpr (P == 6) v = _mm_avg_epu16(v, clip16<5>(t2, maxBiased));                  // f
+            if constexpr (P == 14) v = _mm_avg_epu16(v, clip16<5>(t3, maxBiased));                 // q
+            if constexpr (P == 9) v = _mm_avg_epu16(v, clip16<5>(vsum16<N>(s, ss), maxBiased));     // i
+            if constexpr (P == 11) v = _mm_avg_epu16(v, clip16<5>(vsum16<N>(s + 1, ss), maxBiased)); // k
+            store16N<N>(d, v);
+            t0 = t1;
+            t1 = t2;
+            t2 = t3;
+            t3 = t4;
+            t4 = t5;
+        }
+    }
+}
+
+// W = 4, 8 or 16 columns; job.maxValue in 0..65535.
+template <int W, int P>
+void luma16_simd(const Job16& j) {
+    const __m128i maxBiased = _mm_set1_epi16(static_cast<short>(j.maxValue - 32768));
+    if constexpr (W == 4) {
+        luma16_strip<4, P>(j.pSrc, j.srcStep, j.pDst, j.dstStep, j.height, maxBiased);
+    } else {
+        for (int x = 0; x < W; x += 8) luma16_strip<8, P>(j.pSrc + x, j.srcStep, j.pDst + x, j.dstStep, j.height, maxBiased);
+    }
+}
+
 // Bi-prediction average.
 template <int W>
 inline void average_row(const Zan8u* a, const Zan8u* b, Zan8u* d) {
@@ -533,6 +675,23 @@ constexpr KernelPair<Chroma8Fn> kChromaPairs[] = {
 constexpr KernelPair<Interp16Fn> kChroma16Pairs[] = {ZAN_CHROMA16_PAIRS(2), ZAN_CHROMA16_PAIRS(4), ZAN_CHROMA16_PAIRS(8)};
 #undef ZAN_CHROMA16_PAIRS
 
+#define ZAN_LUMA16_PAIR(W, P, letter) {"luma16_w" #W "_" letter, luma16_rule<W, P>, luma16_simd<W, P>, W, 0, P}
+#define ZAN_LUMA16_PAIRS(W)                                                                                          \
+    ZAN_LUMA16_PAIR(W, 0, "G"), ZAN_LUMA16_PAIR(W, 1, "a"), ZAN_LUMA16_PAIR(W, 2, "b"), ZAN_LUMA16_PAIR(W, 3, "c"),   \
+        ZAN_LUMA16_PAIR(W, 4, "d"), ZAN_LUMA16_PAIR(W, 5, "e"), ZAN_LUMA16_PAIR(W, 6, "f"), ZAN_LUMA16_PAIR(W, 7, "g"), \
+        ZAN_LUMA16_PAIR(W, 8, "h"), ZAN_LUMA16_PAIR(W, 9, "i"), ZAN_LUMA16_PAIR(W, 10, "j"),                        \
+        ZAN_LUMA16_PAIR(W, 11, "k"), ZAN_LUMA16_PAIR(W, 12, "n"), ZAN_LUMA16_PAIR(W, 13, "p"),                      \
+        ZAN_LUMA16_PAIR(W, 14, "q"), ZAN_LUMA16_PAIR(W, 15, "r")
+constexpr KernelPair<Interp16Fn> kLuma16Pairs[] = {ZAN_LUMA16_PAIRS(4), ZAN_LUMA16_PAIRS(8), ZAN_LUMA16_PAIRS(16)};
+
+#define ZAN_LUMA16_CLASS(W)                                                                                        \
+    luma16_simd<W, 0>, luma16_simd<W, 1>, luma16_simd<W, 2>, luma16_simd<W, 3>, luma16_simd<W, 4>,                 \
+        luma16_simd<W, 5>, luma16_simd<W, 6>, luma16_simd<W, 7>, luma16_simd<W, 8>, luma16_simd<W, 9>,             \
+        luma16_simd<W, 10>, luma16_simd<W, 11>, luma16_simd<W, 12>, luma16_simd<W, 13>, luma16_simd<W, 14>,        \
+        luma16_simd<W, 15>
+// By ((width * 2) & 48) | (dy * 4) | dx for widths 4, 8, 16.
+constexpr Interp16Fn kLuma16Simd[48] = {ZAN_LUMA16_CLASS(4), ZAN_LUMA16_CLASS(8), ZAN_LUMA16_CLASS(16)};
+
 // By (width & 12) | (dy ? 2 : 0) | (dx ? 1 : 0), as the 8-bit tables.
 constexpr Interp16Fn kChroma16[16] = {
     chroma16_simd<2, 0>, chroma16_simd<2, 1>, chroma16_simd<2, 2>, chroma16_simd<2, 3>,
@@ -573,7 +732,25 @@ const AverageFn average_table[25] = {
 #undef A
 const AverageFn average_any = average_any_simd;
 
-void luma_16u(const Job16& j) { kLuma16[j.dy * 4 + j.dx](j); }
+// Any width made of the bits 16, 8 and 4, side by side; a clamp above
+// 65535 (bit depths above 16) takes the plain loops.
+void luma_16u(const Job16& j) {
+    const Zan32s pos = j.dy * 4 + j.dx;
+    if (j.maxValue < 0 || j.maxValue > 65535) {
+        kLuma16[pos](j);
+        return;
+    }
+    Zan32s off = 0;
+    for (Zan32s bit : {16, 8, 4})
+        if (j.width & bit) {
+            Job16 k = j;
+            k.pSrc += off;
+            k.pDst += off;
+            k.width = bit;
+            kLuma16Simd[((bit * 2) & 48) | pos](k);
+            off += bit;
+        }
+}
 
 // Any width made of the bits 8, 4 and 2, side by side.
 void chroma_16u(const Job16& j) {
@@ -589,6 +766,6 @@ void chroma_16u(const Job16& j) {
         }
 }
 
-const Kernels kernels = {kLumaPairs, kChromaPairs, kAveragePairs, kChroma16Pairs};
+const Kernels kernels = {kLumaPairs, kChromaPairs, kAveragePairs, kChroma16Pairs, kLuma16Pairs};
 
 }  // namespace zan::ZAN_PATH::h264interp

@@ -84,6 +84,7 @@ struct Kernels {
     KernelList<Chroma8Fn> chroma8;
     KernelList<AverageFn> average;
     KernelList<Interp16Fn> chroma16;
+    KernelList<Interp16Fn> luma16;  // width 4, 8, 16; param = position; maxValue 0..65535
 };
 
 }  // namespace zan::h264interp
@@ -96,8 +97,7 @@ struct Kernels {
 //       [(width & 12) | (dy ? 2 : 0) | (dx ? 1 : 0)]  chroma kernels by width
 //       class (2, 4, 8; class 12 repeats 8) and column (copy, horizontal,
 //       vertical, both).
-//   luma_16u(job)  16-bit luma of any block size (the plain loops are the
-//       implementation: no vector path).
+//   luma_16u(job)  16-bit luma of any width made of the bits 16, 8, 4.
 //   chroma_16u(job)  16-bit chroma of any width made of the bits 8, 4, 2.
 //   zaniReadDataBlockThroughBoundary_8u / _16u / _NV12_8u(edge, region)
 //       copy the region into region.buf, each position outside the plane

@@ -116,6 +116,33 @@ TEST(CheckH264Interp, SixteenBitChroma) {
     }
 }
 
+// 16-bit luma: samples within a bit depth's range, or any 16-bit value
+// under a smaller clamp (results then clamp at both ends).
+TEST(CheckH264Interp, SixteenBitLumaEveryPositionAndWidth) {
+    Rng rng(107);
+    for (const auto& e : kernels().luma16) {
+        const Zan32s dx = e.param & 3, dy = e.param >> 2;
+        const Zan32s srcW = 2 * (e.width + (dx ? 5 : 0)), dstW = 2 * e.width;
+        for (int d = 0; d < draws() / 2; ++d) {
+            const Zan32s h = d % 5 == 0 ? rng.range(0, 17) : 4 * rng.range(1, 4);
+            const Zan32s rows = h + (dy ? 5 : 0), outRows = h > 0 ? h : 1;
+            const Zan32s ss = step_of(steps_for(srcW, 2), d), ds = step_of(steps_for(dstW, 2), d / 7);
+            Region src(srcW, rows > 0 ? rows : 1, ss, 2 * (d % 8));
+            Region want(dstW, outRows, ds, 2 * ((d / 8) % 8)), got(dstW, outRows, ds, 2 * ((d / 8) % 8));
+            const Zan32s depth = rng.range(8, 16), maxValue = (1 << depth) - 1;
+            src.fill16(rng, 0, d % 3 == 0 ? 65535 : maxValue);
+            want.set(0xA6);
+            got.set(0xA6);
+            const Zan8u* s = src.origin() + static_cast<std::ptrdiff_t>(ss) * (dy ? 2 : 0) + (dx ? 4 : 0);
+            const Zan16u* s16 = reinterpret_cast<const Zan16u*>(s);
+            e.rule({s16, ss / 2, want.as<Zan16u>(), ds / 2, dx, dy, e.width, h, maxValue});
+            e.simd({s16, ss / 2, got.as<Zan16u>(), ds / 2, dx, dy, e.width, h, maxValue});
+            ASSERT_TRUE(want.same_as(got)) << e.name << " draw " << d << " depth " << depth << " h " << h << " steps "
+                                           << ss << "/" << ds << " seed " << seed();
+        }
+    }
+}
+
 TEST(CheckH264Interp, BiPredictionAverage) {
     Rng rng(103);
     for (const auto& e : kernels().average)
@@ -206,6 +233,43 @@ TEST(CheckH264Interp, ReadsStayInsideTheFilterRegion) {
             e.rule({src.origin(), ss, wantU.data(), split ? wantV.data() : nullptr, dstW, dx, dy, h});
             e.simd({src.origin(), ss, gotU.data(), split ? gotV.data() : nullptr, dstW, dx, dy, h});
             ASSERT_TRUE(wantU == gotU && wantV == gotV) << e.name << " draw " << d;
+        }
+    }
+}
+
+// The 16-bit kernels likewise.
+TEST(CheckH264Interp, SixteenBitReadsStayInsideTheFilterRegion) {
+    Rng rng(108);
+    for (const auto& e : kernels().luma16) {
+        const Zan32s dx = e.param & 3, dy = e.param >> 2;
+        const Zan32s srcW = 2 * (e.width + (dx ? 5 : 0));
+        for (int d = 0; d < 4; ++d) {
+            const Zan32s h = 4 * (1 + d % 4), rows = h + (dy ? 5 : 0);
+            const Zan32s ss = d % 4 < 2 ? srcW : -srcW;
+            PageEdge src(srcW, rows, ss, d % 2 == 0);
+            ASSERT_TRUE(src.ok());
+            src.fill(rng);
+            std::vector<Zan16u> want(static_cast<size_t>(e.width * h)), got(want.size());
+            const auto* s = reinterpret_cast<const Zan16u*>(src.origin() + static_cast<std::ptrdiff_t>(ss) * (dy ? 2 : 0) + (dx ? 4 : 0));
+            e.rule({s, ss / 2, want.data(), e.width, dx, dy, e.width, h, 1023});
+            e.simd({s, ss / 2, got.data(), e.width, dx, dy, e.width, h, 1023});
+            ASSERT_EQ(want, got) << e.name << " draw " << d;
+        }
+    }
+    for (const auto& e : kernels().chroma16) {
+        const Zan32s col = e.param >> 2, dx = col & 1 ? 3 : 0, dy = col & 2 ? 5 : 0;
+        const Zan32s srcW = 2 * (e.width + (dx ? 1 : 0));
+        for (int d = 0; d < 8; ++d) {
+            const Zan32s h = 2 * (1 + d % 4), rows = h + (dy ? 1 : 0);
+            const Zan32s ss = d % 4 < 2 ? srcW : -srcW;
+            PageEdge src(srcW, rows, ss, d % 2 == 0);
+            ASSERT_TRUE(src.ok());
+            src.fill(rng);
+            std::vector<Zan16u> want(static_cast<size_t>(e.width * h)), got(want.size());
+            const auto* s = reinterpret_cast<const Zan16u*>(src.origin());
+            e.rule({s, ss / 2, want.data(), e.width, dx, dy, e.width, h, 65535});
+            e.simd({s, ss / 2, got.data(), e.width, dx, dy, e.width, h, 65535});
+            ASSERT_EQ(want, got) << e.name << " draw " << d;
         }
     }
 }
