@@ -385,12 +385,12 @@ void chroma8_simd(const ChromaJob8& j) {
     Zan8u* v = j.pDstV;
     const ptrdiff_t ss = j.srcStep, ds = j.dstStep;
     if constexpr (Col == 0) {
-        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v += ds) put_row<B, Split>(d, v, loadN<B>(s));
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v = Split ? v + ds : v) put_row<B, Split>(d, v, loadN<B>(s));
     } else if constexpr (Col == 1 || Col == 2) {
         const int f = Col == 1 ? j.dx : j.dy;
         const __m128i w = coef_pair(8 - f, f), r = _mm_set1_epi16(4);
         const ptrdiff_t off = Col == 1 ? D : ss;
-        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v += ds) {
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v = Split ? v + ds : v) {
             Pairs<B> p = pairs_of<B>(loadN<B>(s), loadN<B>(s + off));
             __m128i lo = _mm_srli_epi16(_mm_add_epi16(weigh(p, w), r), 3);
             __m128i hi = B == 16 ? _mm_srli_epi16(_mm_add_epi16(weigh_hi(p, w), r), 3) : lo;
@@ -401,7 +401,7 @@ void chroma8_simd(const ChromaJob8& j) {
         const __m128i cd = coef_pair((8 - j.dx) * j.dy, j.dx * j.dy);
         const __m128i r = _mm_set1_epi16(32);
         Pairs<B> top = pairs_of<B>(loadN<B>(s), loadN<B>(s + D));
-        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v += ds) {
+        for (Zan32s y = 0; y < j.height; ++y, s += ss, d += ds, v = Split ? v + ds : v) {
             Pairs<B> bottom = pairs_of<B>(loadN<B>(s + ss), loadN<B>(s + ss + D));
             __m128i lo = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(weigh(top, ab), weigh(bottom, cd)), r), 6);
             __m128i hi = lo;
