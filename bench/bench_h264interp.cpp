@@ -8,6 +8,7 @@
 // Inputs stay in the L1 cache: one source area of kRows rows kStep bytes
 // apart, the block's integer position kMargin rows and columns inside it.
 #include <string>
+#include <utility>
 
 #include "bench_util.h"
 #include "h264/h264interp.h"
@@ -147,6 +148,27 @@ void add_exports() {
     });
 }
 
+// The boundary read of each path: a 21x21 region (a 16x16 block at the
+// centre position) hanging 4 samples over the top-left corner.
+void add_boundary_reads() {
+    using ReadFn = void (*)(Zan32s, const BoundaryRead<Zan8u>&);
+    const std::pair<const char*, ReadFn> reads[] = {{"u8", u8::zaniReadDataBlockThroughBoundary_8u},
+                                                    {"n8", n8::zaniReadDataBlockThroughBoundary_8u}};
+    for (const auto& [path, fn] : reads) {
+        ReadFn read = fn;
+        bench::add(std::string("h264interp/boundary_read_21x21/") + path, [read](benchmark::State& s) {
+            Inputs in;
+            alignas(32) Zan8u buf[21 * 32];
+            const BoundaryRead<Zan8u> r{in.src.data(), kStep, {kStep, kRows}, -4, -4, 21, 21, buf, 32};
+            for (auto _ : s) {
+                escape(buf);
+                read(kEdgeLeft | kEdgeTop, r);
+                benchmark::ClobberMemory();
+            }
+        });
+    }
+}
+
 }  // namespace
 
 ZAN_BENCH_FAMILY(h264interp) {
@@ -159,4 +181,5 @@ ZAN_BENCH_FAMILY(h264interp) {
     add_pairs<Interp16Fn>("h264interp", ku.luma16, kn.luma16, time_16u);
     add_pairs<Interp16Fn>("h264interp", ku.chroma16, kn.chroma16, time_16u);
     add_exports();
+    add_boundary_reads();
 }

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "common/simd.h"
 #include "frame/bodies.h"
 #include "h264/h264interp.h"
 
@@ -59,6 +60,23 @@ Axis boundary_axis(Zan32s bits, Zan64s pos, Zan32s n, Zan32s size) {
     return a;
 }
 
+// n bytes (a row of a region: at most a few dozen) from s to d, in pieces
+// that overlap at the end rather than read past it.
+inline void copy_bytes(Zan8u* d, const Zan8u* s, size_t n) {
+    if (n >= 16) {
+        for (size_t i = 0; i + 16 < n; i += 16) simd::store16(d + i, simd::load16(s + i));
+        simd::store16(d + n - 16, simd::load16(s + n - 16));
+    } else if (n >= 8) {
+        simd::store8(d, simd::load8(s));
+        simd::store8(d + n - 8, simd::load8(s + n - 8));
+    } else if (n >= 4) {
+        std::memcpy(d, s, 4);
+        std::memcpy(d + n - 4, s + n - 4, 4);
+    } else {
+        for (size_t i = 0; i < n; ++i) d[i] = s[i];
+    }
+}
+
 // Copies rows firstRow .. firstRow + rows - 1 of a region of width samples
 // (each of C elements) into buf, positions mapped by the two axes.
 template <class T, int C>
@@ -74,7 +92,8 @@ void gather(const T* plane, ptrdiff_t step, const Axis& cols, const Axis& rowAxi
         T* d = buf + bufStep * r;
         for (Zan64s i = 0; i < left; ++i) std::memcpy(d + C * i, src + C * cols.lo, sizeof(T) * C);
         if (mid > left)
-            std::memcpy(d + C * left, src + C * (cols.start + left), sizeof(T) * C * static_cast<size_t>(mid - left));
+            copy_bytes(reinterpret_cast<Zan8u*>(d + C * left), reinterpret_cast<const Zan8u*>(src + C * (cols.start + left)),
+                       sizeof(T) * C * static_cast<size_t>(mid - left));
         for (Zan64s i = mid; i < width; ++i) std::memcpy(d + C * i, src + C * cols.hi, sizeof(T) * C);
     }
 }
