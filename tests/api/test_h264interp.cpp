@@ -345,6 +345,52 @@ TEST(H264Interp, ChromaBlocksReadLikeAPaddedPlane) {
     }
 }
 
+// Blocks taller than 16 rows and wider than 16 columns cross the boundary in
+// several bands of the stack buffer.
+TEST(H264Interp, TallAndWideBlocksThroughTheBoundary) {
+    Rand r(13);
+    Framed<Zan8u> f(40, 40, 64, r, 255), u(20, 40, 40, r, 255), v(20, 40, 40, r, 255);
+    Framed<Zan16u> g(40, 40, 64, r, 4095);
+    auto S = [&](Zan32s x, Zan32s y) -> Zan32s { return f.padded.get(x, y); };
+    auto S16 = [&](Zan32s x, Zan32s y) -> Zan32s { return g.padded.get(x, y); };
+    for (int i = 0; i < 300; ++i) {
+        const ZaniSize sz{i % 2 ? 28 : 12, 4 * r.range(5, 9)};
+        const ZaniPoint pos{r.range(0, 40 - sz.width), r.range(0, 40 - sz.height)};
+        const ZaniPoint mv{r.range(-4 * 30, 4 * 30), r.range(-4 * 30, 4 * 30)};
+        std::vector<Zan8u> out(static_cast<size_t>(32 * sz.height), 0x5A);
+        std::vector<Zan16u> out16(out.size(), 0x5A5A);
+        ZanInterpolateBlockRecord rec{{f.raw.at(0, 0), nullptr}, f.raw.step, {out.data(), nullptr}, 32, {40, 40}, sz, pos, mv};
+        ASSERT_EQ(zaniInterpolateLumaBlock_H264_8u_P1R(&rec), zanStsOk);
+        ZanInterpolateBlockRecord_16u rec16{{g.raw.at(0, 0), nullptr}, g.raw.step, {out16.data(), nullptr}, 32, {40, 40}, sz, pos, mv, 12};
+        ASSERT_EQ(zaniInterpolateLumaBlock_H264_16u_P1R(&rec16), zanStsOk);
+        for (Zan32s y = 0; y < sz.height; ++y)
+            for (Zan32s x = 0; x < 32; ++x) {
+                const Zan32s X = pos.x + (mv.x >> 2) + x, Y = pos.y + (mv.y >> 2) + y;
+                ASSERT_EQ(out[static_cast<size_t>(32 * y + x)], x < sz.width ? model_luma(S, X, Y, mv.x & 3, mv.y & 3, 255) : 0x5A)
+                    << sz.width << "x" << sz.height << " mv " << mv.x << "," << mv.y;
+                ASSERT_EQ(out16[static_cast<size_t>(32 * y + x)], x < sz.width ? model_luma(S16, X, Y, mv.x & 3, mv.y & 3, 4095) : 0x5A5A);
+            }
+        // Chroma: 14 wide (8 + 4 + 2), 18 to 34 rows.
+        const ZaniSize cs{14, 2 * r.range(9, 17)};
+        const ZaniPoint cpos{r.range(0, 6), r.range(0, 40 - cs.height)};
+        const ZaniPoint cmv{r.range(-8 * 20, 8 * 20), r.range(-8 * 30, 8 * 30)};
+        std::vector<Zan8u> o0(static_cast<size_t>(16 * cs.height), 0x5A), o1(o0);
+        ZanInterpolateBlockRecord c{{u.raw.at(0, 0), v.raw.at(0, 0)}, u.raw.step, {o0.data(), o1.data()}, 16, {20, 40}, cs, cpos, cmv};
+        ASSERT_EQ(zaniInterpolateChromaBlock_H264_8u_P2R(&c), zanStsOk);
+        const Zan32s dx = cmv.x & 7, dy = cmv.y & 7;
+        for (Zan32s y = 0; y < cs.height; ++y)
+            for (Zan32s x = 0; x < 16; ++x) {
+                const Zan32s X = cpos.x + (cmv.x >> 3) + x, Y = cpos.y + (cmv.y >> 3) + y;
+                for (int p = 0; p < 2; ++p) {
+                    const Plane<Zan8u>& pl = p ? v.padded : u.padded;
+                    const Zan32s want = model_chroma(pl.get(X, Y), pl.get(X + 1, Y), pl.get(X, Y + 1), pl.get(X + 1, Y + 1), dx, dy);
+                    ASSERT_EQ((p ? o1 : o0)[static_cast<size_t>(16 * y + x)], x < cs.width ? want : 0x5A)
+                        << "chroma " << cs.height << " rows, mv " << cmv.x << "," << cmv.y;
+                }
+            }
+    }
+}
+
 TEST(H264Interp, BlockFarOutsideReadsTheCornerSample) {
     Rand r(7);
     Framed<Zan8u> f(20, 20, 4, r, 255);
