@@ -5,9 +5,10 @@
 // The scalar rules are the standard's formulas written out sample by
 // sample.  The 8-bit vector kernels form the horizontal and vertical 6-tap
 // sums with pmaddubsw on byte pairs (each pair sum and the total stay within
-// -2550..10710, so 16 bits hold them), and the centre position's second
-// stage with pmaddwd in 32 bits, where the sum of six unrounded horizontal
-// sums reaches -214200..475320.  The 16-bit kernels are SSE2 on samples
+// -2550..10710, so 16 bits hold them).  The centre position's second stage
+// (-214200..475320 before the shift) is taken apart by floor identities
+// into 16-bit steps, one of them saturating where saturation cannot change
+// the clipped result (see centre8).  The 16-bit kernels are SSE2 on samples
 // biased into signed words, with sums in 32 bits.
 #include <cstddef>
 #include <cstring>
@@ -264,16 +265,22 @@ inline __m128i round5(const Sums<N>& t) {
 }
 
 // The centre of 8 columns: Clip((t0 - 5 t1 + 20 t2 + 20 t3 - 5 t4 + t5 +
-// 512) >> 10) of six rows of unrounded horizontal sums.  x = t0 + t5,
-// y = t1 + t4 and z = t2 + t3 stay within -5100 .. 21420 and fit 16 bits;
-// x - 5 y + 20 z + 512 (up to 475832 in magnitude) is formed in 32 bits by
-// pmaddwd on the pairs (x, y) and (z, 1).  Result in 16-bit lanes.
+// 512) >> 10) of six rows of unrounded horizontal sums, in 16 bits.  With
+// x = t0 + t5, y = t1 + t4, z = t2 + t3 (each within -5100 .. 21420) and
+// Q = x - 5 y + 20 z, floor identities give
+//   floor(Q / 16) = floor(w / 4) + z,  w = floor((x - y) / 4) - y + z,
+//   (Q + 512) >> 10 = (floor(Q / 16) + 32) >> 6.
+// Every term fits 16 bits except w, which reaches -33150 .. 33150; it is
+// formed with a saturating add.  w saturates only when z is so large (at
+// least 21037) that the result clips to 255 either way, or so small (at
+// most -4718) that it clips to 0 either way, so the result stays exact.
+// Result in 16-bit lanes.
 inline __m128i centre8(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t4, __m128i t5) {
     const __m128i x = _mm_add_epi16(t0, t5), y = _mm_add_epi16(t1, t4), z = _mm_add_epi16(t2, t3);
-    const __m128i one = _mm_set1_epi16(1), cxy = word_pair(1, -5), cz = word_pair(20, 512);
-    const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x, y), cxy), _mm_madd_epi16(_mm_unpacklo_epi16(z, one), cz));
-    const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x, y), cxy), _mm_madd_epi16(_mm_unpackhi_epi16(z, one), cz));
-    return _mm_packs_epi32(_mm_srai_epi32(lo, 10), _mm_srai_epi32(hi, 10));
+    __m128i w = _mm_sub_epi16(_mm_srai_epi16(_mm_sub_epi16(x, y), 2), y);
+    w = _mm_adds_epi16(w, z);
+    const __m128i q16 = _mm_add_epi16(_mm_srai_epi16(w, 2), z);
+    return _mm_srai_epi16(_mm_add_epi16(q16, _mm_set1_epi16(32)), 6);
 }
 
 template <int N>
