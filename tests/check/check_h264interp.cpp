@@ -58,6 +58,40 @@ TEST(CheckH264Interp, LumaEveryPositionAndWidth) {
     }
 }
 
+// Samples that drive the centre's second stage to both ends: each row holds
+// a period-6 pattern whose 6-tap sum is 10710 (255 0 255 255 0 255) or
+// -2550 (its complement) at every sixth column, and the rows follow the
+// filter's own sign pattern (or its complement, or chance), so that some
+// outputs reach the largest and smallest sums the centre can see.
+TEST(CheckH264Interp, LumaCentreAtItsExtremes) {
+    Rng rng(109);
+    static const Zan8u kHigh[6] = {255, 0, 255, 255, 0, 255};
+    static const bool kRowSign[6] = {true, false, true, true, false, true};
+    for (const auto& e : kernels().luma8) {
+        if ((e.param & 3) != 2 && (e.param >> 2) != 2) continue;
+        const Zan32s dx = e.param & 3, dy = e.param >> 2;
+        const Zan32s srcW = e.width + (dx ? 5 : 0);
+        for (int d = 0; d < 48; ++d) {
+            const Zan32s h = 4 * rng.range(1, 4), rows = h + 5, ss = srcW + 16 * (d % 2);
+            Region src(srcW, rows, ss, d % 16), want(e.width, h, e.width, 0), got(e.width, h, e.width, 0);
+            const Zan32s ox = rng.range(0, 5), oy = rng.range(0, 5), mode = d % 3;
+            for (Zan32s y = 0; y < rows; ++y) {
+                const bool rowHigh = mode == 2 ? rng.below(2) == 1 : kRowSign[(y + oy) % 6] == (mode == 0);
+                for (Zan32s x = 0; x < srcW; ++x) {
+                    const Zan8u v = kHigh[(x + ox) % 6];
+                    src.origin()[static_cast<std::ptrdiff_t>(ss) * y + x] = rowHigh ? v : static_cast<Zan8u>(255 - v);
+                }
+            }
+            want.set(0x11);
+            got.set(0x11);
+            const Zan8u* s = src.origin() + static_cast<std::ptrdiff_t>(ss) * (dy ? 2 : 0) + (dx ? 2 : 0);
+            e.rule(s, ss, want.origin(), e.width, h);
+            e.simd(s, ss, got.origin(), e.width, h);
+            ASSERT_TRUE(want.same_as(got)) << e.name << " draw " << d << " mode " << mode;
+        }
+    }
+}
+
 // Bytes of one chroma row of the source and of the destination.
 Zan32s chroma_src_bytes(const KernelPair<Chroma8Fn>& e, Zan32s dx) {
     Zan32s samples = e.width + (dx ? 1 : 0);
