@@ -77,6 +77,39 @@ inline void copy_bytes(Zan8u* d, const Zan8u* s, size_t n) {
     }
 }
 
+// n elements of C samples, all equal to the C samples at v (one or two
+// bytes in all: a byte, a 16-bit sample or an interleaved pair), stored
+// from a broadcast register in pieces that overlap at the end.
+template <class T, int C>
+inline void fill_elems(T* d, const T* v, Zan64s n) {
+    static_assert(sizeof(T) * C <= 2, "a fill pattern is one or two bytes");
+    if (n <= 0) return;
+    __m128i pattern;
+    if constexpr (sizeof(T) * C == 1) {
+        pattern = _mm_set1_epi8(static_cast<char>(*reinterpret_cast<const Zan8u*>(v)));
+    } else {
+        Zan16u two;
+        std::memcpy(&two, v, 2);
+        pattern = _mm_set1_epi16(static_cast<short>(two));
+    }
+    Zan8u* p = reinterpret_cast<Zan8u*>(d);
+    const size_t bytes = sizeof(T) * C * static_cast<size_t>(n);
+    if (bytes >= 16) {
+        for (size_t i = 0; i + 16 < bytes; i += 16) simd::store16(p + i, pattern);
+        simd::store16(p + bytes - 16, pattern);
+    } else if (bytes >= 8) {
+        simd::store8(p, pattern);
+        simd::store8(p + bytes - 8, pattern);
+    } else if (bytes >= 4) {
+        const Zan32s four = _mm_cvtsi128_si32(pattern);
+        std::memcpy(p, &four, 4);
+        std::memcpy(p + bytes - 4, &four, 4);
+    } else {
+        const Zan32s four = _mm_cvtsi128_si32(pattern);
+        std::memcpy(p, &four, bytes);
+    }
+}
+
 // Copies rows firstRow .. firstRow + rows - 1 of a region of width samples
 // (each of C elements) into buf, positions mapped by the two axes.
 template <class T, int C>
@@ -90,11 +123,11 @@ void gather(const T* plane, ptrdiff_t step, const Axis& cols, const Axis& rowAxi
     for (Zan32s r = 0; r < rows; ++r) {
         const T* src = plane + static_cast<ptrdiff_t>(rowAxis.at(firstRow + r)) * step;
         T* d = buf + bufStep * r;
-        for (Zan64s i = 0; i < left; ++i) std::memcpy(d + C * i, src + C * cols.lo, sizeof(T) * C);
+        if (left > 0) fill_elems<T, C>(d, src + C * cols.lo, left);
         if (mid > left)
             copy_bytes(reinterpret_cast<Zan8u*>(d + C * left), reinterpret_cast<const Zan8u*>(src + C * (cols.start + left)),
                        sizeof(T) * C * static_cast<size_t>(mid - left));
-        for (Zan64s i = mid; i < width; ++i) std::memcpy(d + C * i, src + C * cols.hi, sizeof(T) * C);
+        if (mid < width) fill_elems<T, C>(d + C * mid, src + C * cols.hi, width - mid);
     }
 }
 
