@@ -750,10 +750,7 @@ void luma_16u(const Job16& j) {
     Zan32s off = 0;
     for (Zan32s bit : {16, 8, 4})
         if (j.width & bit) {
-            Job16 k = j;
-            k.pSrc += off;
-            k.pDst += off;
-            k.width = bit;
+            const Job16 k{j.pSrc + off, j.srcStep, j.pDst + off, j.dstStep, j.dx, j.dy, bit, j.height, j.maxValue};
             kLuma16Simd[((bit * 2) & 48) | pos](k);
             off += bit;
         }
@@ -765,9 +762,7 @@ void chroma_16u(const Job16& j) {
     Zan32s off = 0;
     for (Zan32s bit : {8, 4, 2})
         if (j.width & bit) {
-            Job16 k = j;
-            k.pSrc += off;
-            k.pDst += off;
+            const Job16 k{j.pSrc + off, j.srcStep, j.pDst + off, j.dstStep, j.dx, j.dy, bit, j.height, j.maxValue};
             kChroma16[(bit & 12) | col](k);
             off += bit;
         }

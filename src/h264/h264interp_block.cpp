@@ -158,16 +158,17 @@ void luma_8u(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds, Zan32s dx, Zan32s d
     if (w & 4) luma_table_8u[pos](s + off, ss, d + off, ds, h);
 }
 
-// 8-bit chroma of any allowed width: bits 8, 4 and 2 side by side.
-void chroma_8u(const Chroma8Fn* table, int layout, const ChromaJob8& job, Zan32s w) {
-    const Zan32s col = (job.dy ? 2 : 0) | (job.dx ? 1 : 0);
+// 8-bit chroma of any allowed width: bits 8, 4 and 2 side by side.  The
+// arguments come as values, not as a record, so that no record the caller
+// has just stored in pieces is loaded back whole (a store-forwarding stall).
+void chroma_8u(const Chroma8Fn* table, int layout, const Zan8u* src, Zan32s ss, Zan8u* dst, Zan8u* dstV, Zan32s ds,
+               Zan32s dx, Zan32s dy, Zan32s h, Zan32s w) {
+    const Zan32s col = (dy ? 2 : 0) | (dx ? 1 : 0);
     Zan32s off = 0;
     for (Zan32s bit : {8, 4, 2})
         if (w & bit) {
-            ChromaJob8 k = job;
-            k.pSrc += layout == 0 ? off : 2 * off;
-            k.pDst += layout == 1 ? 2 * off : off;
-            if (layout == 2) k.pDstV += off;
+            const ChromaJob8 k{src + (layout == 0 ? off : 2 * off), ss, dst + (layout == 1 ? 2 * off : off),
+                               layout == 2 ? dstV + off : nullptr, ds, dx, dy, h};
             table[(bit & 12) | col](k);
             off += bit;
         }
@@ -204,7 +205,7 @@ void chroma_rows_8u(const Zan8u* pSrc, Zan32s ss, Zan8u* pDst, Zan32s ds, Zan32s
     for (Zan32s r0 = 0; r0 < h; r0 += kBand) {
         const Zan32s n = h - r0 < kBand ? h - r0 : kBand;
         gather<Zan8u, 1>(pSrc, ss, Axis{0}, rowAxis, w2, r0, n + extra, buf, kStep);
-        chroma_8u(chroma_table_8u, 0, {buf, kStep, pDst + static_cast<ptrdiff_t>(ds) * r0, nullptr, ds, dx, dy, n}, w);
+        chroma_8u(chroma_table_8u, 0, buf, kStep, pDst + static_cast<ptrdiff_t>(ds) * r0, nullptr, ds, dx, dy, n, w);
     }
 }
 
@@ -219,11 +220,8 @@ void rows_16u(const Job16& job, Axis rowAxis) {
     for (Zan32s r0 = 0; r0 < job.height; r0 += kBand) {
         const Zan32s n = job.height - r0 < kBand ? job.height - r0 : kBand;
         gather<Zan16u, 1>(job.pSrc, job.srcStep, Axis{-mx}, rowAxis, w2, r0, n + extra, buf, kStep);
-        Job16 k = job;
-        k.pSrc = buf + my * kStep + mx;
-        k.srcStep = kStep;
-        k.pDst = job.pDst + static_cast<ptrdiff_t>(job.dstStep) * r0;
-        k.height = n;
+        const Job16 k{buf + my * kStep + mx, kStep, job.pDst + static_cast<ptrdiff_t>(job.dstStep) * r0, job.dstStep,
+                      job.dx, job.dy, job.width, n, job.maxValue};
         if constexpr (Luma) luma_16u(k);
         else chroma_16u(k);
     }
@@ -340,11 +338,8 @@ void luma_block_16u(const ZanInterpolateBlockRecord_16u& r) {
     for (Zan32s r0 = 0; r0 < h; r0 += kBand) {
         const Zan32s n = h - r0 < kBand ? h - r0 : kBand;
         read_rows<Zan16u, 1>(edge, region, r0, n + g.h2 - h);
-        Job16 k = job;
-        k.pSrc = buf + g.my * kStep + g.mx;
-        k.srcStep = kStep;
-        k.pDst = r.pDst[0] + static_cast<ptrdiff_t>(r.dstStep) * r0;
-        k.height = n;
+        const Job16 k{buf + g.my * kStep + g.mx, kStep, r.pDst[0] + static_cast<ptrdiff_t>(r.dstStep) * r0, r.dstStep,
+                      job.dx, job.dy, job.width, n, job.maxValue};
         luma_16u(k);
     }
 }
@@ -354,23 +349,21 @@ void chroma_block_8u(const ZanInterpolateBlockRecord& r, int layout) {
     const Zan32s w = r.sizeBlock.width, h = r.sizeBlock.height;
     const Zan32s planes = layout == 0 ? 2 : 1, c = layout == 0 ? 1 : 2;
     const Chroma8Fn* table = chroma_table(layout);
-    auto job = [&](int p, const Zan8u* src, Zan32s srcStep, Zan32s r0, Zan32s n, Zan32s dx, Zan32s dy) {
+    auto run = [&](int p, const Zan8u* src, Zan32s srcStep, Zan32s r0, Zan32s n, Zan32s dx, Zan32s dy) {
         Zan8u* d = r.pDst[layout == 2 ? 0 : p] + static_cast<ptrdiff_t>(r.dstStep) * r0;
         Zan8u* v = layout == 2 ? r.pDst[1] + static_cast<ptrdiff_t>(r.dstStep) * r0 : nullptr;
-        return ChromaJob8{src, srcStep, d, v, r.dstStep, dx, dy, n};
+        chroma_8u(table, layout, src, srcStep, d, v, r.dstStep, dx, dy, n, w);
     };
     if (r.pointVector.x == 0 && r.pointVector.y == 0) {
         for (int p = 0; p < planes; ++p)
-            chroma_8u(table, layout, job(p, at(r.pSrc[p], r.srcStep, Zan64s{c} * r.pointBlockPos.x, r.pointBlockPos.y),
-                                         r.srcStep, 0, h, 0, 0),
-                      w);
+            run(p, at(r.pSrc[p], r.srcStep, Zan64s{c} * r.pointBlockPos.x, r.pointBlockPos.y), r.srcStep, 0, h, 0, 0);
         return;
     }
     const Geometry g = chroma_geometry(r.pointBlockPos, r.pointVector, r.sizeBlock);
     const Zan32s edge = edge_word(g.x, g.y, g.w2, g.h2, r.sizeFrame);
     if (edge == 0) {
         for (int p = 0; p < planes; ++p)
-            chroma_8u(table, layout, job(p, at(r.pSrc[p], r.srcStep, c * g.x, g.y), r.srcStep, 0, h, g.dx, g.dy), w);
+            run(p, at(r.pSrc[p], r.srcStep, c * g.x, g.y), r.srcStep, 0, h, g.dx, g.dy);
         return;
     }
     constexpr Zan32s kStep = 32;
@@ -381,7 +374,7 @@ void chroma_block_8u(const ZanInterpolateBlockRecord& r, int layout) {
             const Zan32s n = h - r0 < kBand ? h - r0 : kBand;
             if (layout == 0) read_rows<Zan8u, 1>(edge, region, r0, n + g.h2 - h);
             else read_rows<Zan8u, 2>(edge, region, r0, n + g.h2 - h);
-            chroma_8u(table, layout, job(p, buf, kStep, r0, n, g.dx, g.dy), w);
+            run(p, buf, kStep, r0, n, g.dx, g.dy);
         }
     }
 }
@@ -416,11 +409,8 @@ void chroma_block_16u(const ZanInterpolateBlockRecord_16u& r) {
         for (Zan32s r0 = 0; r0 < h; r0 += kBand) {
             const Zan32s n = h - r0 < kBand ? h - r0 : kBand;
             read_rows<Zan16u, 1>(edge, region, r0, n + g.h2 - h);
-            Job16 k = job;
-            k.pSrc = buf;
-            k.srcStep = kStep;
-            k.pDst = r.pDst[p] + static_cast<ptrdiff_t>(r.dstStep) * r0;
-            k.height = n;
+            const Job16 k{buf, kStep, r.pDst[p] + static_cast<ptrdiff_t>(r.dstStep) * r0, r.dstStep, job.dx, job.dy,
+                          job.width, n, job.maxValue};
             chroma_16u(k);
         }
     }
@@ -507,7 +497,7 @@ ZanStatus zaniInterpolateChroma_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Z
     if (static_cast<Zan32u>(dx) > 7 || static_cast<Zan32u>(dy) > 7) return zanStsBadArg;
     if (hi::chroma_size_bad(roiSize)) return zanStsSizeBad;
     if (!hi::empty(roiSize))
-        hi::chroma_8u(hi::chroma_table_8u, 0, {pSrc, srcStep, pDst, nullptr, dstStep, dx, dy, roiSize.height},
+        hi::chroma_8u(hi::chroma_table_8u, 0, pSrc, srcStep, pDst, nullptr, dstStep, dx, dy, roiSize.height,
                       roiSize.width);
     return zanStsOk;
 }
@@ -518,7 +508,7 @@ ZanStatus zaniInterpolateChroma_H264_8u_C2P2R(const Zan8u* pSrc, Zan32s srcStep,
     if (static_cast<Zan32u>(dx) > 7 || static_cast<Zan32u>(dy) > 7) return zanStsBadArg;
     if (hi::chroma_size_bad(roiSize)) return zanStsSizeBad;
     if (!hi::empty(roiSize))
-        hi::chroma_8u(hi::chroma_table_nv12touv_8u, 2, {pSrc, srcStep, pDstU, pDstV, dstStep, dx, dy, roiSize.height},
+        hi::chroma_8u(hi::chroma_table_nv12touv_8u, 2, pSrc, srcStep, pDstU, pDstV, dstStep, dx, dy, roiSize.height,
                       roiSize.width);
     return zanStsOk;
 }
