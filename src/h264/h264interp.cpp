@@ -221,15 +221,10 @@ struct Sums {
     __m128i v[N == 16 ? 2 : 1];
 };
 
-// Horizontal sums at p; reads p - 2 .. p + N + 2 and nothing beyond.
 template <int N>
-inline Sums<N> hsum(const Zan8u* p) {
+inline Sums<N> hsum_narrow(const Zan8u* p) {
     Sums<N> r;
-    if constexpr (N == 16) {
-        const __m128i a = load16(p - 2), b = load16(p + 3);  // s[-2 .. 13], s[3 .. 18]
-        r.v[0] = taps_from<0>(a);
-        r.v[1] = taps_from<3>(b);  // s[6 .. 18] from byte 3
-    } else if constexpr (N == 8) {
+    if constexpr (N == 8) {
         // s[-2 .. 5] and s[3 .. 10] joined into s[-2 .. 10].
         r.v[0] = taps_from<0>(_mm_unpacklo_epi64(load8(p - 2), _mm_srli_si128(load8(p + 3), 3)));
     } else {
@@ -237,6 +232,23 @@ inline Sums<N> hsum(const Zan8u* p) {
         r.v[0] = taps(p0, _mm_srli_si128(p0, 4), _mm_srli_si128(p0, 8));
     }
     return r;
+}
+
+// Horizontal sums of 16 outputs kept as even outputs (0, 2, .. 14) and odd
+// ones: a 16-byte load at p - 2 already holds the pairs (s[k], s[k + 1]) of
+// every even k, so six plain loads give all taps without a shuffle.
+struct Split {
+    __m128i even, odd;
+};
+
+// Horizontal sums at p; reads p - 2 .. p + N + 2 and nothing beyond.
+template <int N>
+inline auto hsum(const Zan8u* p) {
+    if constexpr (N == 16) {
+        return Split{taps(load16(p - 2), load16(p), load16(p + 2)), taps(load16(p - 1), load16(p + 1), load16(p + 3))};
+    } else {
+        return hsum_narrow<N>(p);
+    }
 }
 
 // Vertical sums of N columns at p (rows -2 .. 3).
@@ -283,6 +295,23 @@ inline __m128i centre8(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t
     return _mm_srai_epi16(_mm_add_epi16(q16, _mm_set1_epi16(32)), 6);
 }
 
+// Even and odd results (16-bit lanes) to 16 bytes in order.
+inline __m128i interleave(__m128i even, __m128i odd) {
+    const __m128i packed = _mm_packus_epi16(even, odd);  // e0 .. e7, o0 .. o7
+    return _mm_unpacklo_epi8(packed, _mm_srli_si128(packed, 8));
+}
+
+inline __m128i round5(const Split& t) {
+    const __m128i r = _mm_set1_epi16(16);
+    return interleave(_mm_srai_epi16(_mm_add_epi16(t.even, r), 5), _mm_srai_epi16(_mm_add_epi16(t.odd, r), 5));
+}
+
+inline __m128i centre(const Split& t0, const Split& t1, const Split& t2, const Split& t3, const Split& t4,
+                      const Split& t5) {
+    return interleave(centre8(t0.even, t1.even, t2.even, t3.even, t4.even, t5.even),
+                      centre8(t0.odd, t1.odd, t2.odd, t3.odd, t4.odd, t5.odd));
+}
+
 template <int N>
 inline __m128i centre(const Sums<N>& t0, const Sums<N>& t1, const Sums<N>& t2, const Sums<N>& t3, const Sums<N>& t4,
                       const Sums<N>& t5) {
@@ -318,10 +347,10 @@ void luma_strip(const Zan8u* s, ptrdiff_t ss, Zan8u* d, ptrdiff_t ds, Zan32s h) 
             storeN<N>(d, _mm_avg_epu8(b, v));
         }
     } else {  // f i j k q: a window of six rows of horizontal sums
-        Sums<N> t0 = hsum<N>(s - 2 * ss), t1 = hsum<N>(s - ss), t2 = hsum<N>(s), t3 = hsum<N>(s + ss),
-                t4 = hsum<N>(s + 2 * ss);
+        auto t0 = hsum<N>(s - 2 * ss), t1 = hsum<N>(s - ss), t2 = hsum<N>(s), t3 = hsum<N>(s + ss),
+             t4 = hsum<N>(s + 2 * ss);
         for (Zan32s y = 0; y < h; ++y, s += ss, d += ds) {
-            const Sums<N> t5 = hsum<N>(s + 3 * ss);
+            const auto t5 = hsum<N>(s + 3 * ss);
             __m128i v = centre(t0, t1, t2, t3, t4, t5);
             if constexpr (P == 6) v = _mm_avg_epu8(v, round5(t2));                   // f
             if constexpr (P == 14) v = _mm_avg_epu8(v, round5(t3));                  // q
