@@ -23,11 +23,20 @@ constexpr Zan32s kStep = 64;   // bytes between rows of every 8-bit buffer
 constexpr Zan32s kRows = 32;   // rows of the source
 constexpr Zan32s kMargin = 4;  // rows and columns before the block's integer position
 
+// The output sits 1056 bytes into its buffer, so that its rows do not share
+// their low 12 address bits with the source rows read just after (which
+// would make loads wait on unrelated stores and time the heap's layout).
 struct Inputs {
     Buffer src{kStep * kRows * 2};
-    Buffer dst{kStep * kRows * 2};
+    Buffer dstStore{kStep * kRows * 2 + 2048};
     Inputs() { src.fill(7); }
     const Zan8u* at() { return src.data() + kStep * kMargin + kMargin; }
+    struct Out {
+        Buffer& b;
+        Zan8u* data() { return b.data() + 1056; }
+        template <class T>
+        T* as() { return reinterpret_cast<T*>(data()); }
+    } dst{dstStore};
 };
 
 template <class... T>
