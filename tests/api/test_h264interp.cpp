@@ -350,7 +350,7 @@ TEST(H264Interp, ChromaBlocksReadLikeAPaddedPlane) {
 TEST(H264Interp, TallAndWideBlocksThroughTheBoundary) {
     Rand r(13);
     Framed<Zan8u> f(40, 40, 64, r, 255), u(20, 40, 40, r, 255), v(20, 40, 40, r, 255);
-    Framed<Zan16u> g(40, 40, 64, r, 4095);
+    Framed<Zan16u> g(40, 40, 64, r, 4095), u16(20, 40, 40, r, 1023), v16(20, 40, 40, r, 1023);
     auto S = [&](Zan32s x, Zan32s y) -> Zan32s { return f.padded.get(x, y); };
     auto S16 = [&](Zan32s x, Zan32s y) -> Zan32s { return g.padded.get(x, y); };
     for (int i = 0; i < 300; ++i) {
@@ -377,6 +377,9 @@ TEST(H264Interp, TallAndWideBlocksThroughTheBoundary) {
         std::vector<Zan8u> o0(static_cast<size_t>(16 * cs.height), 0x5A), o1(o0);
         ZanInterpolateBlockRecord c{{u.raw.at(0, 0), v.raw.at(0, 0)}, u.raw.step, {o0.data(), o1.data()}, 16, {20, 40}, cs, cpos, cmv};
         ASSERT_EQ(zaniInterpolateChromaBlock_H264_8u_P2R(&c), zanStsOk);
+        std::vector<Zan16u> w0(static_cast<size_t>(16 * cs.height), 0x5A5A), w1(w0);
+        ZanInterpolateBlockRecord_16u c16{{u16.raw.at(0, 0), v16.raw.at(0, 0)}, u16.raw.step, {w0.data(), w1.data()}, 16, {20, 40}, cs, cpos, cmv, 10};
+        ASSERT_EQ(zaniInterpolateChromaBlock_H264_16u_P2R(&c16), zanStsOk);
         const Zan32s dx = cmv.x & 7, dy = cmv.y & 7;
         for (Zan32s y = 0; y < cs.height; ++y)
             for (Zan32s x = 0; x < 16; ++x) {
@@ -386,6 +389,9 @@ TEST(H264Interp, TallAndWideBlocksThroughTheBoundary) {
                     const Zan32s want = model_chroma(pl.get(X, Y), pl.get(X + 1, Y), pl.get(X, Y + 1), pl.get(X + 1, Y + 1), dx, dy);
                     ASSERT_EQ((p ? o1 : o0)[static_cast<size_t>(16 * y + x)], x < cs.width ? want : 0x5A)
                         << "chroma " << cs.height << " rows, mv " << cmv.x << "," << cmv.y;
+                    const Plane<Zan16u>& ql = p ? v16.padded : u16.padded;
+                    const Zan32s want16 = model_chroma(ql.get(X, Y), ql.get(X + 1, Y), ql.get(X, Y + 1), ql.get(X + 1, Y + 1), dx, dy);
+                    ASSERT_EQ((p ? w1 : w0)[static_cast<size_t>(16 * y + x)], x < cs.width ? want16 : 0x5A5A);
                 }
             }
     }
