@@ -345,6 +345,42 @@ TEST(H264Interp, ChromaBlocksReadLikeAPaddedPlane) {
     }
 }
 
+// Interleaved blocks whose width is made of several bits (6, 10, 12, 14
+// pairs), both outputs, through the boundary.
+TEST(H264Interp, InterleavedBlocksOfCompositeWidths) {
+    Rand r(14);
+    Framed<Zan8u> nv(40, 16, 80, r, 255);
+    for (Zan32s y = -80; y < 96; ++y)
+        for (Zan32s x = -80; x < 120; ++x)
+            *nv.padded.at(x, y) = nv.raw.get(2 * std::clamp(x >> 1, 0, 19) + (x & 1), std::clamp(y, 0, 15));
+    const Zan32s widths[4] = {6, 10, 12, 14};
+    for (int i = 0; i < 400; ++i) {
+        const ZaniSize sz{widths[i % 4], 2 * r.range(1, 8)};
+        const ZaniPoint pos{r.range(0, 20 - sz.width), r.range(0, 16 - sz.height)};
+        const ZaniPoint mv{r.range(-8 * 24, 8 * 24), r.range(-8 * 20, 8 * 20)};
+        const Zan32s dx = mv.x & 7, dy = mv.y & 7, X = pos.x + (mv.x >> 3), Y = pos.y + (mv.y >> 3);
+        std::vector<Zan8u> c(32 * 16, 0x5A), u(c), v(c);
+        ZanInterpolateBlockRecord both{{nv.raw.at(0, 0), nv.raw.at(0, 0)}, nv.raw.step, {c.data(), c.data()}, 32, {20, 16}, sz, pos, mv};
+        ZanInterpolateBlockRecord split = both;
+        split.pDst[0] = u.data();
+        split.pDst[1] = v.data();
+        ASSERT_EQ(zaniInterpolateChromaBlock_H264_8u_C2C2R(&both), zanStsOk);
+        ASSERT_EQ(zaniInterpolateChromaBlock_H264_8u_C2P2R(&split), zanStsOk);
+        auto model = [&](Zan32s x, Zan32s y) {
+            const Plane<Zan8u>& p = nv.padded;
+            return model_chroma(p.get(x, y), p.get(x + 2, y), p.get(x, y + 1), p.get(x + 2, y + 1), dx, dy);
+        };
+        for (Zan32s y = 0; y < 16; ++y)
+            for (Zan32s x = 0; x < 32; ++x) {
+                const size_t k = static_cast<size_t>(32 * y + x);
+                const bool row = y < sz.height;
+                ASSERT_EQ(c[k], row && x < 2 * sz.width ? model(2 * X + x, Y + y) : 0x5A) << sz.width << " pairs, mv " << mv.x << "," << mv.y;
+                ASSERT_EQ(u[k], row && x < sz.width ? model(2 * (X + x), Y + y) : 0x5A);
+                ASSERT_EQ(v[k], row && x < sz.width ? model(2 * (X + x) + 1, Y + y) : 0x5A);
+            }
+    }
+}
+
 // Blocks taller than 16 rows and wider than 16 columns cross the boundary in
 // several bands of the stack buffer.
 TEST(H264Interp, TallAndWideBlocksThroughTheBoundary) {
