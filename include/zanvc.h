@@ -1872,6 +1872,192 @@ ZanStatus zaniBidir_H264_16u_P2P1R(const ZanBidirRecord* pRec);
 
 /* ==== h264interp: H.264 interpolation and picture boundaries ==== */
 
+/* Quarter-sample luma and eighth-sample chroma prediction as clause
+ * 8.4.2.2 of H.264 defines it, 8-bit and high bit depth, planar and
+ * interleaved (NV12) chroma, with three levels of interface:
+ *   plain: pSrc is the block's integer position, dx and dy the fraction,
+ *     and every sample the filter reads exists;
+ *   Top and Bottom: as plain, for a block whose rows partly lie outside the
+ *     picture above or below (outPixels, see below);
+ *   Block: one record with the plane, the block position and the motion
+ *     vector; the function finds the fraction and reads through the picture
+ *     boundary where the block leaves the plane.
+ *
+ * Luma (dx, dy in 0..3): the 6-tap filter (1, -5, 20, 20, -5, 1) gives the
+ * half samples b, h = Clip((sum + 16) >> 5) and the centre j =
+ * Clip((sum of the unrounded horizontal sums + 512) >> 10); the quarter
+ * samples are (x + y + 1) >> 1 of their two neighbours, as the standard's
+ * table lists them.  A fraction dx reads 2 columns to the left and 3 to the
+ * right of the block, dy 2 rows above and 3 below.
+ * Chroma (dx, dy in 0..7): ((8 - dx)(8 - dy) A + dx (8 - dy) B +
+ * (8 - dx) dy C + dx dy D + 32) >> 6; dx reads one column more, dy one row
+ * more.  In the interleaved forms the horizontal neighbour of a sample is 2
+ * bytes on and widths count pairs.
+ * 8-bit results clamp to 0..255, 16-bit ones to 0..(1 << bitDepth) - 1.
+ * Widths made of several of the allowed bits (luma 12 = 8 + 4, chroma 6 =
+ * 4 + 2, ...) give exactly the standard's result over the whole width.
+ *
+ * 8-bit steps count bytes and are not checked (zero and negative steps are
+ * legal); 16-bit steps count samples. */
+
+/* One call's arguments for the 16-bit plain, Top and Bottom forms. */
+typedef struct {
+    const Zan16u* pSrc; /* integer position of the block */
+    Zan32s srcStep;     /* samples */
+    Zan16u* pDst;
+    Zan32s dstStep;     /* samples */
+    Zan32s dx;
+    Zan32s dy;
+    ZaniSize roiSize;
+    Zan32s bitDepth;    /* results clamp to 0..(1 << bitDepth) - 1 */
+} ZanInterpolateSampleRecord;
+
+/* The block record of the 8-bit Block forms (also used by the AVS
+ * interpolation).  The pointers are the base pointers of the planes (first
+ * U, then V for planar chroma; the luma and interleaved forms use the first
+ * only); the function adds position and vector itself.  sizeFrame,
+ * sizeBlock and pointBlockPos count the plane's samples (chroma pairs in the
+ * interleaved forms); pointVector is in quarter samples for luma, eighth
+ * samples for chroma. */
+typedef struct {
+    const Zan8u* pSrc[2];
+    Zan32s srcStep; /* bytes */
+    Zan8u* pDst[2];
+    Zan32s dstStep; /* bytes */
+    ZaniSize sizeFrame;
+    ZaniSize sizeBlock;
+    ZaniPoint pointBlockPos;
+    ZaniPoint pointVector;
+} ZanInterpolateBlockRecord;
+
+/* The same for the 16-bit Block forms; steps count samples. */
+typedef struct {
+    const Zan16u* pSrc[2];
+    Zan32s srcStep;
+    Zan16u* pDst[2];
+    Zan32s dstStep;
+    ZaniSize sizeFrame;
+    ZaniSize sizeBlock;
+    ZaniPoint pointBlockPos;
+    ZaniPoint pointVector;
+    Zan32s bitDepth;
+} ZanInterpolateBlockRecord_16u;
+
+/* Plain luma, 8-bit.  Checks in order: a pointer null: zanStsNullPtr; dx or
+ * dy above 3 (compared as unsigned, so a negative value fails too):
+ * zanStsBadArg; roiSize.height not a multiple of 4 or roiSize.width with a
+ * bit other than 4, 8, 16 set: zanStsSizeBad.  No step check. */
+ZanStatus zaniInterpolateLuma_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                          Zan32s dx, Zan32s dy, ZaniSize roiSize);
+
+/* Plain chroma, 8-bit, one plane.  Checks: pointers: zanStsNullPtr; dx or dy
+ * above 7 (unsigned): zanStsBadArg; height odd or width with a bit other
+ * than 2, 4, 8 set: zanStsSizeBad. */
+ZanStatus zaniInterpolateChroma_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                            Zan32s dx, Zan32s dy, ZaniSize roiSize);
+
+/* Plain chroma from an interleaved U/V plane to two planes (dstStep for
+ * both); roiSize.width counts pairs.  Checks as the one-plane form. */
+ZanStatus zaniInterpolateChroma_H264_8u_C2P2R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDstU, Zan8u* pDstV,
+                                              Zan32s dstStep, Zan32s dx, Zan32s dy, ZaniSize roiSize);
+
+/* Plain luma, 16-bit.  Checks in order: record, pSrc or pDst null:
+ * zanStsNullPtr; width above srcStep or above dstStep: zanStsStepBad; dx or
+ * dy outside 0..3: zanStsBadArg; width or height not 4, 8 or 16, or width +
+ * height equal to 20 (16x4, 4x16): zanStsSizeBad.  bitDepth is not checked;
+ * the clamp is (1 << (bitDepth & 31)) - 1 computed in 32 bits. */
+ZanStatus zaniInterpolateLuma_H264_16u_C1R(const ZanInterpolateSampleRecord* pInfo);
+
+/* Plain chroma, 16-bit.  Checks: null: zanStsNullPtr; srcStep or dstStep
+ * below 8: zanStsStepBad; dx or dy outside 0..7: zanStsBadArg; height not
+ * 2, 4, 8, 16 or width not 2, 4, 8: zanStsSizeBad. */
+ZanStatus zaniInterpolateChroma_H264_16u_C1R(const ZanInterpolateSampleRecord* pInfo);
+
+/* Top and Bottom forms: as the plain forms, checks included, for a block
+ * that crosses the picture's top or bottom edge.  Rows are counted from
+ * pSrc (the block's first row is 0; the luma filter also reads rows -2, -1
+ * and h .. h + 2, the chroma filter row h).
+ *   Top: every row above row outPixels reads row outPixels instead.  A
+ *     negative outPixels puts the edge above the block, so that only the
+ *     filter's margin rows above row outPixels are replaced (for chroma,
+ *     which reads no row above the block, nothing is).
+ *   Bottom: every row below row h - outPixels - 1 reads that row instead
+ *     (h = roiSize.height); a negative outPixels concerns only the rows
+ *     below the block.
+ * Columns are never replaced. */
+ZanStatus zaniInterpolateLumaTop_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                             Zan32s dx, Zan32s dy, Zan32s outPixels, ZaniSize roiSize);
+ZanStatus zaniInterpolateLumaBottom_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                                Zan32s dx, Zan32s dy, Zan32s outPixels, ZaniSize roiSize);
+ZanStatus zaniInterpolateChromaTop_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                               Zan32s dx, Zan32s dy, Zan32s outPixels, ZaniSize roiSize);
+ZanStatus zaniInterpolateChromaBottom_H264_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst,
+                                                  Zan32s dstStep, Zan32s dx, Zan32s dy, Zan32s outPixels,
+                                                  ZaniSize roiSize);
+ZanStatus zaniInterpolateLumaTop_H264_16u_C1R(const ZanInterpolateSampleRecord* pInfo, Zan32s outPixels);
+ZanStatus zaniInterpolateLumaBottom_H264_16u_C1R(const ZanInterpolateSampleRecord* pInfo, Zan32s outPixels);
+ZanStatus zaniInterpolateChromaTop_H264_16u_C1R(const ZanInterpolateSampleRecord* pInfo, Zan32s outPixels);
+ZanStatus zaniInterpolateChromaBottom_H264_16u_C1R(const ZanInterpolateSampleRecord* pInfo, Zan32s outPixels);
+
+/* Block forms.  Luma: dx = vector.x & 3, dy = vector.y & 3, the integer part
+ * vector >> 2 (arithmetic); chroma: & 7 and >> 3.  With both vector
+ * components 0 the block at pointBlockPos is copied, with no boundary test:
+ * it must lie inside the plane.  Otherwise the region the filter reads is
+ * x = pos.x + (vector.x >> 2) - (dx ? 2 : 0), width w + (dx ? 5 : 0) (and
+ * the same vertically) for luma; x = pos.x + (vector.x >> 3), width
+ * w + (dx ? 1 : 0) for chroma.  A region inside the plane is read in place.
+ * Otherwise the region is read through the boundary, each position outside
+ * the plane taking the nearest plane sample, which equals reading a plane
+ * padded without limit; but an axis on which the region crosses both ends
+ * of the plane is clamped on one side only: at the start when the region
+ * begins before the plane (its far samples are then read past the plane's
+ * end), at the end otherwise.  Blocks larger than the plane are therefore
+ * not supported.
+ *
+ * Checks: luma: record, pSrc[0] or pDst[0] null: zanStsNullPtr; height not
+ * a multiple of 4 or width with a bit other than 4, 8, 16 set:
+ * zanStsSizeBad.  Chroma (all three layouts): record or any of pSrc[0],
+ * pSrc[1], pDst[0], pDst[1] null: zanStsNullPtr; height odd or width with a
+ * bit other than 2, 4, 8 set: zanStsSizeBad.  C2C2R reads and writes
+ * interleaved pairs (pSrc[0], pDst[0]); C2P2R reads interleaved pairs from
+ * pSrc[0] and writes U to pDst[0], V to pDst[1]. */
+ZanStatus zaniInterpolateLumaBlock_H264_8u_P1R(const ZanInterpolateBlockRecord* pInfo);
+ZanStatus zaniInterpolateLumaBlock_H264_16u_P1R(const ZanInterpolateBlockRecord_16u* pInfo);
+ZanStatus zaniInterpolateChromaBlock_H264_8u_P2R(const ZanInterpolateBlockRecord* pInfo);
+ZanStatus zaniInterpolateChromaBlock_H264_16u_P2R(const ZanInterpolateBlockRecord_16u* pInfo);
+ZanStatus zaniInterpolateChromaBlock_H264_8u_C2C2R(const ZanInterpolateBlockRecord* pInfo);
+ZanStatus zaniInterpolateChromaBlock_H264_8u_C2P2R(const ZanInterpolateBlockRecord* pInfo);
+
+/* Bi-prediction average: pDst = (a + b + 1) >> 1 per sample over width x
+ * height, each 2..16 (any value, odd included).  P2P1R uses pitch for all
+ * three arrays, P3P1R one step each.  Checks: a pointer null:
+ * zanStsNullPtr; width or height outside 2..16: zanStsSizeBad. */
+ZanStatus zaniInterpolateBlock_H264_8u_P2P1R(const Zan8u* pSrc1, const Zan8u* pSrc2, Zan8u* pDst, Zan32u width,
+                                             Zan32u height, Zan32s pitch);
+ZanStatus zaniInterpolateBlock_H264_8u_P3P1R(const Zan8u* pSrc1, const Zan8u* pSrc2, Zan8u* pDst, Zan32u width,
+                                             Zan32u height, Zan32s src1Step, Zan32s src2Step, Zan32s dstStep);
+
+/* Pads a plane in place by expand samples on every side; pSrcDst is sample
+ * (0, 0) of the frame, height counts frame rows.  Checks: pSrcDst null:
+ * zanStsNullPtr; height odd or below 2, or width 0: zanStsSizeBad; expand 0:
+ * zanStsOk with nothing done, whatever structure is; structure other than
+ * 0, 1, 2: zanStsBadArg.  In order, bottom margin, sides, top margin (the
+ * top copies the already padded corners):
+ *   0 frame: row height - 1 is copied to the expand rows below it; each of
+ *     rows 0 .. height + expand - 1 gets expand copies of its first sample on
+ *     the left and of its last on the right; padded row 0 is copied to the
+ *     expand rows above.
+ *   1 top field (even rows, step 2 * step): row height - 2 to (expand + 1)
+ *     >> 1 field rows below; sides of (height + expand + 1) >> 1 field rows
+ *     from row 0; padded row 0 to expand >> 1 field rows above.
+ *   2 bottom field (odd rows): row height - 1 to expand >> 1 field rows
+ *     below; sides of (height + expand) >> 1 field rows from row 1; padded
+ *     row 1 to (expand + 1) >> 1 field rows above.
+ * Writes rows -expand .. height + expand - 1, columns -expand ..
+ * width + expand - 1. */
+ZanStatus zaniExpandPlane_H264_8u_C1R(Zan8u* pSrcDst, Zan32u width, Zan32u height, Zan32s step, Zan32u expand,
+                                      Zan32s structure);
+
 /* ==== end of h264interp ==== */
 
 /* ==== h264recon: H.264 macroblock reconstruction ==== */
