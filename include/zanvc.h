@@ -2332,6 +2332,110 @@ ZanStatus zaniReconstructChroma422Inter4x4_H264High_32s16u_IP2R(const ZanReconst
 
 /* ==== vc1filter: VC-1 deblocking and overlap smoothing ==== */
 
+/* In-loop deblocking (the loop filter of SMPTE 421M), in place on 8-bit
+ * samples.  pSrcDst points at the first sample after the edge: the first
+ * column right of a vertical edge, the first row below a horizontal edge.  On
+ * one line across the edge the samples are p1..p8 with p4 = pSrcDst[-1 line
+ * across] and p5 = pSrcDst[0]; four samples are read on each side and only p4
+ * and p5 are written:
+ *   a0 = (2 (p3 - p6) - 5 (p4 - p5) + 4) >> 3, a1 and a2 likewise on p1..p4
+ *   and p5..p8 (arithmetic shifts); a3 = min(|a1|, |a2|);
+ *   clip = (p4 - p5) / 2 and d = 5 (sign(a0) a3 - a0) / 8, both truncated
+ *   toward zero; a d of the other sign than clip becomes 0, else |d| is
+ *   limited to |clip|; p4 -= d, p5 += d, saturated to 0..255.
+ * A line passes the filter test when |a0| < quant, a3 < |a0| and clip != 0.
+ * Lines come in segments of 4; the third line of a segment decides: if it
+ * fails, the segment is left as it stands, else every line of the segment
+ * that passes its own test is filtered.  quant (PQUANT) is not checked.
+ * Edge flags (a set bit turns a segment off):
+ * - Luma_VerEdge (16 rows): bit 0 rows 0-3, bit 1 rows 4-7, bit 2 rows 8-11,
+ *   bit 3 rows 12-15.  Luma_HorEdge (16 columns): the same bits on columns.
+ * - Chroma_VerEdge_C1IR (8 rows): bit 1 rows 0-3, bit 2 rows 4-7 (bits 1
+ *   and 2, not 0 and 1).  Chroma_HorEdge_C1IR (8 columns): bit 0 columns 0-3,
+ *   bit 1 columns 4-7.
+ * - The C2IR forms filter two interleaved planes (U at even bytes, V at odd)
+ *   with one quant, U with edgeDisabledFlagU and V with edgeDisabledFlagV,
+ *   bit 0 for lines 0-3 and bit 1 for lines 4-7; a vertical edge has 8 rows,
+ *   a horizontal one 8 sample pairs (16 bytes).
+ * Other flag bits are ignored.  Checks: a null pSrcDst gives zanStsNullPtr
+ * (-8); nothing else is checked; steps may be zero or negative. */
+ZanStatus zaniFilterDeblockingLuma_VerEdge_VC1_8u_C1IR(Zan8u* pSrcDst, Zan32s pQuant, Zan32s srcDstStep,
+                                                       Zan32u edgeDisabledFlag);
+ZanStatus zaniFilterDeblockingLuma_HorEdge_VC1_8u_C1IR(Zan8u* pSrcDst, Zan32s pQuant, Zan32s srcDstStep,
+                                                       Zan32u edgeDisabledFlag);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_VC1_8u_C1IR(Zan8u* pSrcDst, Zan32s pQuant, Zan32s srcDstStep,
+                                                         Zan32u edgeDisabledFlag);
+ZanStatus zaniFilterDeblockingChroma_HorEdge_VC1_8u_C1IR(Zan8u* pSrcDst, Zan32s pQuant, Zan32s srcDstStep,
+                                                         Zan32u edgeDisabledFlag);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_VC1_8u_C2IR(Zan8u* pSrcDst, Zan32s pQuant, Zan32s srcDstStep,
+                                                         Zan32u edgeDisabledFlagU, Zan32u edgeDisabledFlagV);
+ZanStatus zaniFilterDeblockingChroma_HorEdge_VC1_8u_C2IR(Zan8u* pSrcDst, Zan32s pQuant, Zan32s srcDstStep,
+                                                         Zan32u edgeDisabledFlagU, Zan32u edgeDisabledFlagV);
+
+/* Overlap smoothing of 16-bit reconstructed block data into 8-bit samples.
+ * Across the edge stand x0, x1 (the two lines of the first block next to the
+ * edge) and x2, x3 (the two of the second block); with R the rounding value
+ * of the line:
+ *   y0 = (7 x0 + x3 + R) >> 3
+ *   y1 = (7 x1 - x0 + x2 + x3 + (7 - R)) >> 3
+ *   y2 = (7 x2 + x0 + x1 - x3 + R) >> 3
+ *   y3 = (7 x3 + x0 + (7 - R)) >> 3
+ * Each product 7 x is taken modulo 2^16 as a Zan16s, the additions and
+ * subtractions saturate to the Zan16s range one at a time from left to right,
+ * the shift is arithmetic and the result saturates to 0..255.
+ * Source steps are bytes between rows of Zan16s data; no step is checked.
+ * HorEdge: x0, x1 are rows 0 and 1 at pSrcUpper, x2, x3 rows 0 and 1 at
+ * pSrcBottom; y0..y3 go to the rows pDst - 2 dstStep, pDst - dstStep, pDst
+ * and pDst + dstStep.  R is 4 in even columns and 3 in odd ones.
+ * VerEdge: x0, x1 are samples 0 and 1 of a row at pSrcLeft, x2, x3 samples 0
+ * and 1 of the row at pSrcRight; y0..y3 go to pDst[-2], pDst[-1], pDst[0] and
+ * pDst[1] of the row.  R is 4 in even rows and 3 in odd ones, except in the
+ * field passes of the luma form.
+ * - Luma_HorEdge (16 columns): columns 0-7 are done if edgeDisableFlag & 3
+ *   is nonzero, columns 8-15 if edgeDisableFlag & 12 is nonzero (a set bit
+ *   turns its eight columns on).
+ * - Luma_VerEdge (16 rows): edgeDisableFlag 0 does nothing.  With
+ *   fieldNeighbourFlag 0 rows 0-7 are done if edgeDisableFlag & 3 is nonzero
+ *   and rows 8-15 if edgeDisableFlag & 12 is.  fieldNeighbourFlag 1 to 3
+ *   smooths an edge beside field-stored blocks in two passes of 8 rows with
+ *   a doubled dstStep: the even output rows with R = 4, then the odd output
+ *   rows (from pDst + dstStep) with R = 3.  A source block that the flag
+ *   names as frame-stored (the left one for 1, the right one for 2) is read
+ *   with its step doubled, the second pass one row down; the other (both for
+ *   3) is read with its own step, the second pass 8 rows down.  Any other
+ *   fieldNeighbourFlag does nothing.  The individual flag bits are not
+ *   looked at in the field modes.
+ * - Chroma C1R: one edge of 8 columns or 8 rows, no flag.
+ * - Chroma P2C2R: the U and V sources are smoothed alike and their outputs
+ *   interleaved in pDst (U at even bytes): 8 sample pairs per row for
+ *   HorEdge, bytes pDst[-4..3] of 8 rows for VerEdge.
+ * Checks: any null pointer gives zanStsNullPtr (-8), tested together;
+ * nothing else is checked.  Only the four output lines of the edge are
+ * written. */
+ZanStatus zaniSmoothingLuma_HorEdge_VC1_16s8u_C1R(const Zan16s* pSrcUpper, Zan32s srcUpperStep,
+                                                  const Zan16s* pSrcBottom, Zan32s srcBottomStep, Zan8u* pDst,
+                                                  Zan32s dstStep, Zan32u edgeDisableFlag);
+ZanStatus zaniSmoothingLuma_VerEdge_VC1_16s8u_C1R(const Zan16s* pSrcLeft, Zan32s srcLeftStep,
+                                                  const Zan16s* pSrcRight, Zan32s srcRightStep, Zan8u* pDst,
+                                                  Zan32s dstStep, Zan32s fieldNeighbourFlag,
+                                                  Zan32u edgeDisableFlag);
+ZanStatus zaniSmoothingChroma_HorEdge_VC1_16s8u_C1R(const Zan16s* pSrcUpper, Zan32s srcUpperStep,
+                                                    const Zan16s* pSrcBottom, Zan32s srcBottomStep, Zan8u* pDst,
+                                                    Zan32s dstStep);
+ZanStatus zaniSmoothingChroma_VerEdge_VC1_16s8u_C1R(const Zan16s* pSrcLeft, Zan32s srcLeftStep,
+                                                    const Zan16s* pSrcRight, Zan32s srcRightStep, Zan8u* pDst,
+                                                    Zan32s dstStep);
+ZanStatus zaniSmoothingChroma_HorEdge_VC1_16s8u_P2C2R(const Zan16s* pSrcUpperU, Zan32s srcUpperStepU,
+                                                      const Zan16s* pSrcBottomU, Zan32s srcBottomStepU,
+                                                      const Zan16s* pSrcUpperV, Zan32s srcUpperStepV,
+                                                      const Zan16s* pSrcBottomV, Zan32s srcBottomStepV,
+                                                      Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Zan16s* pSrcLeftU, Zan32s srcLeftStepU,
+                                                      const Zan16s* pSrcRightU, Zan32s srcRightStepU,
+                                                      const Zan16s* pSrcLeftV, Zan32s srcLeftStepV,
+                                                      const Zan16s* pSrcRightV, Zan32s srcRightStepV,
+                                                      Zan8u* pDst, Zan32s dstStep);
+
 /* ==== end of vc1filter ==== */
 
 #ifdef __cplusplus
