@@ -143,11 +143,31 @@ struct Decoder {
 bool read_file(const char* path, std::vector<uint8_t>& bytes) {
     std::FILE* f = std::fopen(path, "rb");
     if (!f) return false;
-    uint8_t buf[1 << 16];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) bytes.insert(bytes.end(), buf, buf + n);
+    bool ok = std::fseek(f, 0, SEEK_END) == 0;
+    const long size = ok ? std::ftell(f) : -1;
+    ok = ok && size >= 0 && std::fseek(f, 0, SEEK_SET) == 0;
+    if (ok) {
+        bytes.resize(static_cast<size_t>(size));
+        ok = std::fread(bytes.data(), 1, bytes.size(), f) == bytes.size();
+    }
     std::fclose(f);
-    return true;
+    return ok;
+}
+
+// Byte positions of the start codes 00 00 01 xx.
+std::vector<size_t> find_start_codes(const std::vector<uint8_t>& b) {
+    std::vector<size_t> starts;
+    for (size_t i = 0; i + 3 < b.size();) {
+        if (b[i + 2] > 1) {
+            i += 3;  // no start code can begin at i, i + 1 or i + 2
+        } else if (b[i + 2] == 0) {
+            ++i;
+        } else {
+            if (b[i] == 0 && b[i + 1] == 0) starts.push_back(i);
+            i += 3;
+        }
+    }
+    return starts;
 }
 
 }  // namespace
@@ -180,13 +200,7 @@ int main(int argc, char** argv) {
     std::vector<Zan32u> words = bytes_to_words(bytes);
     Decoder d{tables, reencode, out, {}, {}, {}, {}, {}, false, false, 0};
 
-    // Start codes: 00 00 01 xx at byte positions.
-    std::vector<size_t> starts;
-    for (size_t i = 0; i + 3 < bytes.size(); ++i)
-        if (bytes[i] == 0 && bytes[i + 1] == 0 && bytes[i + 2] == 1) {
-            starts.push_back(i);
-            i += 2;
-        }
+    const std::vector<size_t> starts = find_start_codes(bytes);
     int status = 0;
     if (starts.empty() || starts[0] != 0) {
         std::fprintf(stderr, "zanvc-mpeg2dec: %s: %s\n", files[0],

@@ -6,7 +6,8 @@ namespace mpeg2 {
 
 std::vector<Zan32u> bytes_to_words(const std::vector<uint8_t>& bytes) {
     std::vector<Zan32u> w((bytes.size() + 3) / 4 + BitReader::kPadWords, 0u);
-    for (size_t i = 0; i < bytes.size(); ++i) w[i >> 2] |= static_cast<Zan32u>(bytes[i]) << (24 - 8 * (i & 3));
+    if (!bytes.empty()) std::memcpy(w.data(), bytes.data(), bytes.size());
+    for (size_t i = 0; i < (bytes.size() + 3) / 4; ++i) w[i] = __builtin_bswap32(w[i]);
     return w;
 }
 
