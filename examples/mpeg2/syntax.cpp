@@ -39,7 +39,7 @@ Fault read_weights(BitReader& r, uint8_t* raster) {
 Fault parse_sequence_header(BitReader& r, Sequence& s) {
     s.width = static_cast<int>(r.get(12));
     s.height = static_cast<int>(r.get(12));
-    s.aspect = static_cast<int>(r.get(4));
+    s.ratioCode = static_cast<int>(r.get(4));
     s.frameRateCode = static_cast<int>(r.get(4));
     r.get(18);  // bit_rate_value
     if (Fault f = marker(r, "sequence header"); !f.empty()) return f;
@@ -184,9 +184,9 @@ void write_sequence_header(BitWriter& w, const Sequence& s) {
     w.start_code(kSequenceHeader);
     w.put(static_cast<uint32_t>(s.width & 0xFFF), 12);
     w.put(static_cast<uint32_t>(s.height & 0xFFF), 12);
-    w.put(static_cast<uint32_t>(s.aspect), 4);
+    w.put(static_cast<uint32_t>(s.ratioCode), 4);
     w.put(static_cast<uint32_t>(s.frameRateCode), 4);
-    w.put(0x3FFFF, 18);  // bit_rate_value: unspecified (variable)
+    w.put(0x3FFFF, 18);  // bit_rate_value: all ones, no rate given
     w.put(1, 1);         // marker
     w.put(112, 10);      // vbv_buffer_size_value
     w.put(0, 1);         // constrained_parameters_flag

@@ -22,7 +22,7 @@ enum : uint32_t { kExtSequence = 1, kExtQuantMatrix = 3, kExtPictureCoding = 8 }
 
 struct Sequence {
     int width = 0, height = 0;  // horizontal_size, vertical_size (with the extension's high bits)
-    int aspect = 1, frameRateCode = 3;
+    int ratioCode = 1, frameRateCode = 3;  // ratio code 1: square samples
     uint8_t intraWeights[64];   // raster order
     bool haveHeader = false, haveExtension = false;
     int profileLevel = 0x48, progressive = 1, chromaFormat = 1;
