@@ -1259,7 +1259,9 @@ ZanStatus zaniDecodeCoeffsInter_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOff
  * code must carry the last flag; the next code with a last flag closes the
  * preceding block and is not consumed: on success the cursor names its last
  * bit, where the next backward call begins.  Output in scan order from the
- * floor f (0 with separateDCFlag, which keeps pCoeffs[0]; -1 otherwise). */
+ * floor f (0 with separateDCFlag, which keeps pCoeffs[0]; -1 otherwise).
+ * A run that carries the first coefficient below the floor fails when the
+ * closing code is met, as an overflow. */
 ZanStatus zaniDecodeCoeffsIntraRVLCBack_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
                                                     Zan32s* pLastCoeffIndex, Zan32s separateDCFlag);
 ZanStatus zaniDecodeCoeffsInterRVLCBack_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,

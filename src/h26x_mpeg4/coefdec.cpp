@@ -358,7 +358,10 @@ ZanStatus decodeRvlcB(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs, 
             if (!last) break;
             first = false;
         } else if (last) {
-            // The closing code of the preceding block: stop before it.
+            // The closing code of the preceding block: stop before it.  A
+            // run of the first coefficient that reached below the floor
+            // (p under f) leaves no block to move down: that is an overflow.
+            if (p < f) break;
             const Zan32s n = 63 - p;
             for (Zan32s k = 1; k <= n; ++k) pCoeffs[f + k] = pCoeffs[p + k];
             for (Zan32s k = f + n + 1; k < 64; ++k) pCoeffs[k] = 0;
@@ -666,7 +669,9 @@ ZanStatus zaniReconstructCoeffsInter_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pB
     const ZanQuantInvSpec_MPEG4* rec = zan::quant263::placed(pQuantInvInterSpec);
     if (rec->identifier != ZAN_QUANT_INV_INTER_SPEC_ID) return zanStsContextMismatch;
     const Zan32s depth = rec->sampleDepth;
-    if (QP < 1 || QP > zan::quant263::kQuantMax[depth - 4]) return zanStsQpBad;
+    // A record whose depth lies outside 4..12 (not one Init made) has no
+    // quantiser range: every QP is out of it.
+    if (depth < 4 || depth > 12 || QP < 1 || QP > zan::quant263::kQuantMax[depth - 4]) return zanStsQpBad;
     const zan::quant263::Limits lim = zan::quant263::depth_limits(depth);
     clear_block(pCoeffs);
     if (rec->useWeights) {

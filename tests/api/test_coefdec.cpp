@@ -554,6 +554,38 @@ TEST(CoefDec, Mpeg4BackwardFailures) {
         EXPECT_EQ(off, 5);
         EXPECT_EQ(blk, Block{});
     }
+    // A first coefficient whose run reaches below the floor: run 63 from
+    // position 63 ends at -1, under the floor 0 of the separate-DC form.
+    {
+        Stream s(64, 0);
+        Zan8u* p = s.origin();
+        Zan32s off = 6;
+        Block one{};
+        one[0] = 3;
+        ASSERT_EQ(zaniEncodeCoeffsIntra_MPEG4_16s1u(one.data(), &p, &off, 1, 1, 0, -1), zanStsOk);
+        const Zan32s firstEnd = s.pos(p, off);
+        Block top{};
+        top[63] = -2;
+        ASSERT_EQ(zaniEncodeCoeffsIntra_MPEG4_16s1u(top.data(), &p, &off, 1, 1, 0, -1), zanStsOk);
+        const Zan32s end = s.pos(p, off) - 1;
+        for (Zan32s sep : {0, 1}) {
+            Zan8u* q = s.origin() + (end >> 3);
+            Zan32s qo = end & 7, last = -9;
+            Block blk = filled(4);
+            const ZanStatus st = zaniDecodeCoeffsIntraRVLCBack_MPEG4_1u16s(&q, &qo, blk.data(), &last, sep);
+            EXPECT_EQ(s.pos(q, qo), sep ? end : firstEnd - 1);
+            if (sep) {
+                EXPECT_EQ(st, zanStsCoefDecodeBad);
+                EXPECT_EQ(last, -1);
+                EXPECT_EQ(blk[0], 4);
+                EXPECT_EQ(blk[63], -2);  // not moved down
+            } else {
+                ASSERT_EQ(st, zanStsOk);
+                EXPECT_EQ(last, 63);
+                EXPECT_EQ(blk, top);
+            }
+        }
+    }
     // More codes than room: 64 coefficients fill positions 63 down to 0,
     // and one more code without the last flag finds p at the floor (-1, or
     // 0 for the intra form with a separate DC, which keeps pCoeffs[0]).
