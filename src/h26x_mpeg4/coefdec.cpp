@@ -119,7 +119,7 @@ ZanStatus run263(bool modQ, Zan8u** pp, Zan32s* po, Zan16s* pCoeffs, Zan32s* pLa
 
 // ---------------------------------------------------------------- H.261
 
-// The H.261 block decoder.  Inter blocks may begin with the special first
+// The H.261 block decoder.  Inter blocks may begin with the short first
 // code 1s (coefficient 0 = +1 or -1); intra blocks start at index 0.
 template <class Store>
 ZanStatus decode261(ByteReader& c, Zan16s* pCoeffs, Zan32s* pLastCoeffIndex, bool inter, const Zan8u* scan,

@@ -64,7 +64,7 @@ void encode261(const Zan16s* pCoeffs, ByteWriter& w, Zan32s count, bool inter, c
     if (inter) {
         const Zan32s v = pCoeffs[0];
         if (v == 1 || v == -1) {
-            w.put(v < 0 ? 3u : 2u, 2);  // the special first code 1s
+            w.put(v < 0 ? 3u : 2u, 2);  // the short first code 1s
             ++seen;
             i = 1;
         }

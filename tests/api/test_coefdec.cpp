@@ -353,7 +353,7 @@ TEST(CoefDec, H261Forms) {
         EXPECT_EQ(blk[0], 3);
         EXPECT_EQ(b.p, b.s.origin() + 1);
     }
-    // Inter: 11 is the special first code -1, then 011 0 (run 1, +1),
+    // Inter: 11 is the short first code -1, then 011 0 (run 1, +1),
     // escape run 2 level -100, end of block.
     {
         Bits b("11" "0110" "000001" "000010" "10011100" "10", 6);
