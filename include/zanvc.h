@@ -1603,9 +1603,187 @@ ZanStatus zaniQuantInvInterNonuniform_VC1_16s_C1IR(Zan16s* pSrcDst, Zan32s srcDs
 
 /* ==== coefdec: H.261, H.263 and MPEG-4 coefficient decoding ==== */
 
+/* Byte cursor: *ppBitStream points at the byte holding the next bit and
+ * *pBitOffset (0..7) counts the bits of that byte already consumed, 0 being
+ * the most significant bit.  A decoder may load the 4 bytes starting at the
+ * byte of its next bit at any moment, so 4 readable bytes must follow the
+ * coded data; the backward reversible decoders read up to 4 bytes below the
+ * lowest byte they decode instead.  The cursor is written back only on
+ * success (exceptions below); on success the offset is normalised to 0..7.
+ *
+ * Blocks are 64 Zan16s in raster order, no alignment needed.  Decoders clear
+ * the block first (exceptions below) and store through a scan: 0 zigzag,
+ * 1 alternate vertical, 2 alternate horizontal, other values (where a
+ * function honours them) store at the scan index itself.  *pLastCoeffIndex
+ * receives the scan index of the last coefficient stored (-1: none).
+ *
+ * Checks, in order: -8 for a null ppBitStream, pBitOffset, *ppBitStream,
+ * pCoeffs, pLastCoeffIndex or pDC; -193 for *pBitOffset outside 0..7 (tested
+ * as unsigned); -192 for QP outside 1..31 in the H.261 and H.263
+ * Reconstruct forms; then -191 (zanStsCoefDecodeBad) for any invalid code,
+ * forbidden level, clear marker bit or a run past index 63.
+ *
+ * On -191 the cursor is unmoved and the block holds what was stored, and
+ * *pLastCoeffIndex is:
+ *   H.261, H.263: the index of the last stored coefficient (that is, the
+ *     index before the failing code, for a bad code and for an overflow);
+ *   MPEG-4 forward forms: the last stored index for a bad code, the
+ *     overflowing index (64 or more) for an overflow;
+ *   backward reversible forms: the current position p; the entries stored
+ *     from the top end are not moved down;
+ *   an invalid DC byte (H.261, H.263): -1, with the block untouched, except
+ *     that zaniReconstructCoeffsIntra_H261_1u16s has already cleared it.
+ * After a good DC byte, an AC failure in zaniDecodeCoeffsIntra_H261_1u16s and
+ * zaniReconstructCoeffsIntra_H263_1u16s leaves the cursor one byte past the
+ * DC, with the DC stored.  Dequantised H.263 values: sign(L) * (2 QP |L| +
+ * qadd), qadd = QP for odd QP, else QP - 1. */
+
+/* INTRADC: 8 bits at the cursor; 0 and 128 fail, 255 gives 128.  Moves the
+ * cursor one byte. */
+ZanStatus zaniDecodeDCIntra_H263_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pDC);
+/* H.263 intra levels.  advIntraFlag: the Annex I intra table from index 0;
+ * otherwise TCOEF from index 1 with pCoeffs[0] kept (also on failure).
+ * modQuantFlag: the Annex T escape (level 0 invalid, -128 starts an 11-bit
+ * extended level whose low part is formed unmasked from the byte of the next
+ * bit); without it escape levels 0 and -128 are invalid. */
+ZanStatus zaniDecodeCoeffsIntra_H263_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                           Zan32s* pLastCoeffIndex, Zan32s advIntraFlag, Zan32s modQuantFlag,
+                                           Zan32s scan);
+/* H.263 inter levels, TCOEF from index 0. */
+ZanStatus zaniDecodeCoeffsInter_H263_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                           Zan32s* pLastCoeffIndex, Zan32s modQuantFlag, Zan32s scan);
+/* H.263 intra reconstruction.  Without advIntraFlag: INTRADC byte (0 and 128
+ * set *pLastCoeffIndex to -1 and fail with nothing written), cursor one byte
+ * on; cbp 0 reports index 0 and leaves the 63 AC entries as they were;
+ * otherwise TCOEF from index 1, zigzag whatever scan says, dequantised and
+ * clamped to -2048..2047 (modQuantFlag: the Annex T escape, no clamp,
+ * 16-bit truncation); then pCoeffs[0] = 8 * byte (255: 1024), also after an
+ * AC failure.  With advIntraFlag: no INTRADC, cbp ignored, the Annex I table
+ * from index 0, scan 2 horizontal, 1 vertical, else zigzag, value level * 2
+ * QP with no clamp. */
+ZanStatus zaniReconstructCoeffsIntra_H263_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                Zan32s* pLastCoeffIndex, Zan32s cbp, Zan32s QP, Zan32s advIntraFlag,
+                                                Zan32s scan, Zan32s modQuantFlag);
+/* H.263 inter reconstruction, zigzag, clamped as above (modQuantFlag: no
+ * clamp). */
+ZanStatus zaniReconstructCoeffsInter_H263_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                Zan32s* pLastCoeffIndex, Zan32s QP, Zan32s modQuantFlag);
+/* H.261 intra: DC byte (low 7 bits zero: index -1, fail, block untouched),
+ * cursor one byte on, AC levels from index 0 up to end of block, then
+ * pCoeffs[0] = byte (255: 128), also after an AC failure.  scan -1 stores
+ * at the index, anything else through the zigzag. */
+ZanStatus zaniDecodeCoeffsIntra_H261_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                           Zan32s* pLastCoeffIndex, Zan32s scan);
+/* H.261 inter: a first code 1s gives coefficient 0 = +1 (10) or -1 (11);
+ * end of block met at index -1 fails.  A code that carries the index past 63
+ * fails, except a sum of exactly 127 or more, which ends the block. */
+ZanStatus zaniDecodeCoeffsInter_H261_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                           Zan32s* pLastCoeffIndex, Zan32s scan);
+/* H.261 intra reconstruction, zigzag: clears the block before testing the
+ * DC byte; DC = 8 * byte (255: 1024); AC dequantised and clamped to
+ * -2048..2047; an AC failure leaves the cursor as it was at entry. */
+ZanStatus zaniReconstructCoeffsIntra_H261_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                Zan32s* pLastCoeffIndex, Zan32s QP);
+/* H.261 inter reconstruction, zigzag; the first code 1s gives +-3 QP (odd QP)
+ * or +-(3 QP - 1) (even QP). */
+ZanStatus zaniReconstructCoeffsInter_H261_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                Zan32s* pLastCoeffIndex, Zan32s QP);
+/* MPEG-4 dct_dc_size (chromaFlag: chrominance table) and
+ * dct_dc_differential.  A size above 12 fails with nothing written; a size
+ * above 8 is followed by a marker bit, and a clear marker fails after *pDC
+ * has been written, with the cursor unmoved. */
+ZanStatus zaniDecodeDCIntra_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pDC, Zan32s chromaFlag);
+/* MPEG-4 intra levels: VLC with escape types 1-3 (a fixed-length level with
+ * its low 11 bits zero fails), or forward reversible codes (rvlcFlag).
+ * separateDCFlag keeps pCoeffs[0] and starts at index 0; otherwise at -1. */
+ZanStatus zaniDecodeCoeffsIntra_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                            Zan32s* pLastCoeffIndex, Zan32s rvlcFlag, Zan32s separateDCFlag,
+                                            Zan32s scan);
+/* MPEG-4 inter levels: scan 0 zigzag, 1 alternate vertical, anything else
+ * (2 included) in scan order.  A fixed-length level of -2048 fails; 0 is
+ * accepted. */
+ZanStatus zaniDecodeCoeffsInter_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                            Zan32s* pLastCoeffIndex, Zan32s rvlcFlag, Zan32s scan);
+/* Backward reversible decoding.  The cursor names the last bit of the block's
+ * data, which is read first; bits are read toward lower addresses.  The first
+ * code must carry the last flag; the next code with a last flag closes the
+ * preceding block and is not consumed: on success the cursor names its last
+ * bit, where the next backward call begins.  Output in scan order from the
+ * floor f (0 with separateDCFlag, which keeps pCoeffs[0]; -1 otherwise).
+ * A run that carries the first coefficient below the floor fails when the
+ * closing code is met, as an overflow. */
+ZanStatus zaniDecodeCoeffsIntraRVLCBack_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                    Zan32s* pLastCoeffIndex, Zan32s separateDCFlag);
+ZanStatus zaniDecodeCoeffsInterRVLCBack_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                    Zan32s* pLastCoeffIndex);
+/* MPEG-4 inter levels dequantised in one pass; scan 1 alternate vertical,
+ * anything else zigzag.  rvlcFlag: forward reversible decoding, then
+ * zaniQuantInvInter_MPEG4_16s_C1I over the block with last index 63 (which
+ * makes its own checks of the record and QP).  Otherwise, after the cursor
+ * checks: -8 for a null pQuantInvInterSpec, -17 for a record that is not an
+ * inverse inter record, -192 for QP outside 1..2^(depth-3)-1; then each
+ * level L gives L * 2 QP + sign(L) * qadd (no weights) or
+ * (2 L + sign(L)) * W[raster position] * QP / 16 truncated toward zero
+ * (weights), saturated to 16 bits and clamped to -2^(depth+3)..2^(depth+3)-1;
+ * with weights, an even sum of the stored values toggles the lowest bit of
+ * coefficient 63 at the end of a good block. */
+ZanStatus zaniReconstructCoeffsInter_MPEG4_1u16s(Zan8u** ppBitStream, Zan32s* pBitOffset, Zan16s* pCoeffs,
+                                                 Zan32s* pLastCoeffIndex, Zan32s rvlcFlag, Zan32s scan,
+                                                 const ZanQuantInvSpec_MPEG4* pQuantInvInterSpec, Zan32s QP);
+
 /* ==== end of coefdec ==== */
 
 /* ==== coefenc: H.261, H.263 and MPEG-4 coefficient encoding ==== */
+
+/* The encoders write run-level codes at the byte cursor: the first byte a
+ * code touches keeps its bits above the offset, new byte = (old AND
+ * (255 << (8 - offset))) OR new bits; following bytes are assigned and a
+ * code's last byte has zeros in its low bits, so the buffer needs no
+ * clearing.  A code of up to 32 bits touches up to five bytes.
+ *
+ * The block is 64 Zan16s in raster order, read through the scan.  Coding
+ * counts nonzero levels and the one that reaches countNonZero is coded as the
+ * last; a block holding fewer ends at index 64 with no last flag (H.261: the
+ * end of block is still written).  Levels are taken as they stand.
+ *
+ * Checks, in order: -8 for a null pCoeffs, ppBitStream, pBitOffset or
+ * *ppBitStream; -193 for *pBitOffset outside 0..7; -11 for countNonZero
+ * outside 1..64 (1..63 for the MPEG-4 intra form with separateDCFlag). */
+
+/* INTRADC: 128 is written as 255, anything else by its low 8 bits. */
+ZanStatus zaniEncodeDCIntra_H263_16s1u(Zan16s dc, Zan8u** ppBitStream, Zan32s* pBitOffset);
+/* H.263 intra: from index 1 with TCOEF, or with advIntraFlag from index 0
+ * with the Annex I intra table; scan 0, 1, 2 or (other) none.  A pair not in
+ * the table takes the 22-bit escape 0000011, last, run (6), low 8 bits of the
+ * level.  modQuantFlag: magnitudes of 128 and more take level 1000 0000 and
+ * 11 more bits, bits 0..4 then bits 5..10 of the level. */
+ZanStatus zaniEncodeCoeffsIntra_H263_16s1u(const Zan16s* pCoeffs, Zan8u** ppBitStream, Zan32s* pBitOffset,
+                                           Zan32s countNonZero, Zan32s advIntraFlag, Zan32s modQuantFlag,
+                                           Zan32s scan);
+ZanStatus zaniEncodeCoeffsInter_H263_16s1u(const Zan16s* pCoeffs, Zan8u** ppBitStream, Zan32s* pBitOffset,
+                                           Zan32s countNonZero, Zan32s modQuantFlag, Zan32s scan);
+/* H.261 intra: DC byte as in H.263, then (countNonZero counting the DC) the
+ * AC levels and end of block 10.  scan -1 reads in order, else zigzag.
+ * Pairs not in the table take the 20-bit escape 000001, run (6), low 8 bits
+ * of the level. */
+ZanStatus zaniEncodeCoeffsIntra_H261_16s1u(const Zan16s* pCoeffs, Zan8u** ppBitStream, Zan32s* pBitOffset,
+                                           Zan32s countNonZero, Zan32s scan);
+/* H.261 inter: entry 0 of +1 or -1 is the first code 1s. */
+ZanStatus zaniEncodeCoeffsInter_H261_16s1u(const Zan16s* pCoeffs, Zan8u** ppBitStream, Zan32s* pBitOffset,
+                                           Zan32s countNonZero, Zan32s scan);
+/* MPEG-4 dct_dc_size (luma or chroma table) and the differential; sizes of 9
+ * and more close with a marker bit.  Sizes above 12 (|dc| of 4096 and more)
+ * have no code and are written as size 12 with the low 12 bits. */
+ZanStatus zaniEncodeDCIntra_MPEG4_16s1u(Zan16s dc, Zan8u** ppBitStream, Zan32s* pBitOffset, Zan32s chromaFlag);
+/* MPEG-4 intra: VLC with escape types 1, 2 and 3 in that order of
+ * preference, or reversible codes with the 30-bit escape (rvlcFlag).
+ * separateDCFlag starts at index 1.  scan 0, 1, 2 or (other) none. */
+ZanStatus zaniEncodeCoeffsIntra_MPEG4_16s1u(const Zan16s* pCoeffs, Zan8u** ppBitStream, Zan32s* pBitOffset,
+                                            Zan32s countNonZero, Zan32s rvlcFlag, Zan32s separateDCFlag,
+                                            Zan32s scan);
+/* MPEG-4 inter: scan -1 none, 1 alternate vertical, anything else zigzag. */
+ZanStatus zaniEncodeCoeffsInter_MPEG4_16s1u(const Zan16s* pCoeffs, Zan8u** ppBitStream, Zan32s* pBitOffset,
+                                            Zan32s countNonZero, Zan32s rvlcFlag, Zan32s scan);
 
 /* ==== end of coefenc ==== */
 
