@@ -276,4 +276,277 @@ TEST(Vc1interp, InterleavedBilinearBlockFetchReplicatesAndCompensates) {
     check_fetch(Kind::BilinearC2, g);
 }
 
+// ---- statuses, masks, quirks, known answers
+
+TEST(Vc1interp, NullPointersAreRefusedAndNothingIsWritten) {
+    std::vector<Zan8u> src(64 * 64, 7);
+    const Zan8u* s = src.data() + 2 * 64 + 2;
+    using PlainFn = ZanStatus (*)(const ZanVC1InterpolateRecord*);
+    for (PlainFn f : {PlainFn{zaniInterpolateQPBicubic_VC1_8u_C1R}, PlainFn{zaniInterpolateQPBilinear_VC1_8u_C1R},
+                      PlainFn{zaniInterpolateQPBilinear_VC1_8u_C2R}}) {
+        Block b;
+        EXPECT_EQ(f(nullptr), zanStsNullPtr);
+        auto r = plain(nullptr, 64, b, 1, 1, {8, 8}, 0);
+        EXPECT_EQ(f(&r), zanStsNullPtr);
+        r = plain(s, 64, b, 1, 1, {8, 8}, 0);
+        r.pDst = nullptr;
+        EXPECT_EQ(f(&r), zanStsNullPtr);
+        expect_block(b, 0, 0, [](Zan32s, Zan32s) { return 0; }, "untouched");
+    }
+    using IcFn = ZanStatus (*)(const ZanVC1ICBlockRecord*);
+    for (IcFn f : {IcFn{zaniInterpolateICBicubicBlock_VC1_8u_C1R}, IcFn{zaniInterpolateICBilinearBlock_VC1_8u_C1R},
+                   IcFn{zaniInterpolateICBilinearBlock_VC1_8u_C2R}}) {
+        Block b;
+        ZanVC1ICBlockRecord r{};
+        r.pSrc = src.data();
+        r.srcStep = 64;
+        r.pDst = b.p();
+        r.dstStep = b.step;
+        r.sizeFrame = {16, 16};
+        r.sizeBlock = {8, 8};
+        EXPECT_EQ(f(nullptr), zanStsNullPtr);
+        r.pSrc = nullptr;
+        EXPECT_EQ(f(&r), zanStsNullPtr);
+        r.pSrc = src.data();
+        r.pDst = nullptr;
+        EXPECT_EQ(f(&r), zanStsNullPtr);
+        expect_block(b, 0, 0, [](Zan32s, Zan32s) { return 0; }, "untouched");
+        r.pDst = b.p();  // null tables are allowed
+        EXPECT_EQ(f(&r), zanStsOk);
+    }
+}
+
+TEST(Vc1interp, RangeMappingChecksInOrder) {
+    std::vector<Zan8u> src(64, 100), dst(64, 0xA5);
+    // A null pointer beats a bad value; a bad value beats an empty size.
+    EXPECT_EQ(zaniRangeMapping_VC1_8u_C1R(nullptr, 8, dst.data(), 8, {8, 8}, 99), zanStsNullPtr);
+    EXPECT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 8, nullptr, 8, {0, 0}, 99), zanStsNullPtr);
+    EXPECT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 8, dst.data(), 8, {0, 0}, 8), zanStsOutOfRange);
+    EXPECT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 8, dst.data(), 8, {8, 8}, -1), zanStsOutOfRange);
+    EXPECT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 8, dst.data(), 8, {0, 8}, 7), zanStsOk);
+    EXPECT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 8, dst.data(), 8, {8, -1}, 0), zanStsOk);
+    for (Zan8u v : dst) ASSERT_EQ(v, 0xA5);
+}
+
+TEST(Vc1interp, RangeMappingValues) {
+    // Every input and every value, on the vector path (width 256) and the
+    // scalar one (width 255), against the standard's ((p - 128) * (k + 9) + 4) >> 3, plus 128.
+    std::vector<Zan8u> src(256), dst(256), dst2(256);
+    for (int i = 0; i < 256; ++i) src[static_cast<size_t>(i)] = static_cast<Zan8u>(i);
+    for (Zan32s k = 0; k < 8; ++k) {
+        ASSERT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 256, dst.data(), 256, {256, 1}, k), zanStsOk);
+        std::fill(dst2.begin(), dst2.end(), 0xEE);
+        ASSERT_EQ(zaniRangeMapping_VC1_8u_C1R(src.data(), 256, dst2.data(), 256, {255, 1}, k), zanStsOk);
+        for (Zan32s p = 0; p < 256; ++p) {
+            const Zan32s want = clip255((((p - 128) * (k + 9) + 4) >> 3) + 128);
+            ASSERT_EQ(dst[static_cast<size_t>(p)], want) << "k " << k << " p " << p;
+            ASSERT_EQ(dst2[static_cast<size_t>(p)], p < 255 ? want : 0xEE) << "k " << k << " p " << p;
+        }
+    }
+    // k = 7 keeps the extremes; k = 0 maps 0 to 0 (clamped), 200 to 209.
+    Zan8u in[8] = {0, 255, 128, 200, 0, 255, 128, 200}, out[8];
+    ASSERT_EQ(zaniRangeMapping_VC1_8u_C1R(in, 4, out, 4, {4, 2}, 7), zanStsOk);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(out[1], 255);
+    EXPECT_EQ(out[2], 128);
+    ASSERT_EQ(zaniRangeMapping_VC1_8u_C1R(in, 4, out, 4, {4, 2}, 0), zanStsOk);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(out[3], 209);
+    EXPECT_EQ(out[6], 128);
+    // In place, odd step.
+    std::vector<Zan8u> plane(13 * 3, 200);
+    ASSERT_EQ(zaniRangeMapping_VC1_8u_C1R(plane.data(), 13, plane.data(), 13, {11, 3}, 0), zanStsOk);
+    for (int i = 0; i < 13 * 3; ++i) EXPECT_EQ(plane[static_cast<size_t>(i)], i % 13 < 11 ? 209 : 200);
+}
+
+// A plane of 48 x 48 whose rows or columns step from 0 to 255 between
+// coordinate 20 and 21.
+struct Edge {
+    std::vector<Zan8u> v = std::vector<Zan8u>(48 * 48);
+    Edge(bool vertical) {
+        for (int y = 0; y < 48; ++y)
+            for (int x = 0; x < 48; ++x) v[static_cast<size_t>(y * 48 + x)] = ((vertical ? y : x) >= 21) ? 255 : 0;
+    }
+    const Zan8u* at(int x, int y) const { return v.data() + y * 48 + x; }
+};
+
+TEST(Vc1interp, BicubicKnownAnswers) {
+    const Edge across(false), down(true);
+    // Half position across the edge 0, 0 | 255, 255: (9 * 255 - 255 + 8 - RND) >> 4:
+    // 128 with RND 0, 127 with RND 1.  Down the same edge the rounding is
+    // 8 - 1 + RND: 127 and 128; the two directions are not alike.
+    for (Zan32s rc = 0; rc < 2; ++rc) {
+        Block b;
+        auto r = plain(across.at(20, 4), 48, b, 2, 0, {8, 8}, rc);
+        ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+        EXPECT_EQ(b.get(0, 0), rc ? 127 : 128);
+        EXPECT_EQ(b.get(1, 3), 255);  // 255 everywhere to the right
+        Block c;
+        r = plain(down.at(4, 20), 48, c, 0, 2, {8, 8}, rc);
+        ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+        EXPECT_EQ(c.get(5, 0), rc ? 128 : 127);
+        // Centre (2, 2) on the vertical edge: the vertical pass with shift 1
+        // gives (2040 + RND) >> 1 = 1020, then (16 * 1020 + 64 - RND) >> 7.
+        Block d;
+        r = plain(down.at(4, 20), 48, d, 2, 2, {8, 8}, rc);
+        ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+        EXPECT_EQ(d.get(3, 0), rc ? 127 : 128);
+    }
+    // Saturation: position 1 on 255 | 0, 0, 255 goes below 0; on 0 | 255, 255,
+    // 0 it reaches (71 * 255 + 32) >> 6 = 283, above 255.
+    std::vector<Zan8u> line = {0, 255, 0, 0, 255, 0, 0, 255, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    std::vector<Zan8u> plane(20 * 12);
+    for (int y = 0; y < 12; ++y) std::memcpy(plane.data() + y * 20, line.data(), 20);
+    Block b;
+    auto r = plain(plane.data() + 20 + 2, 20, b, 1, 0, {8, 8}, 0);
+    ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+    EXPECT_EQ(b.get(0, 0), 0);    // columns 1..4: 255, 0, 0, 255
+    EXPECT_EQ(b.get(5, 0), 255);  // columns 6..9: 0, 255, 255, 0
+    // A constant plane stays constant at every position.
+    std::vector<Zan8u> flat(32 * 32, 77);
+    for (Zan32s pos = 0; pos < 16; ++pos) {
+        Block f;
+        r = plain(flat.data() + 2 * 32 + 2, 32, f, pos >> 2, pos & 3, {16, 16}, pos & 1);
+        ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+        expect_block(f, 16, 16, [](Zan32s, Zan32s) { return 77; }, "flat");
+    }
+}
+
+TEST(Vc1interp, BicubicBlockSizeFromTheSizeSum) {
+    std::vector<Zan8u> flat(40 * 40, 9);
+    // 8 wide by 16 high counts as 16x8: 16 columns, 8 rows written.
+    Block b;
+    auto r = plain(flat.data() + 2 * 40 + 2, 40, b, 1, 2, {8, 16}, 0);
+    ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(b, 16, 8, [](Zan32s, Zan32s) { return 9; }, "8x16");
+    // 4x4 counts as 8x8.
+    Block c;
+    r = plain(flat.data() + 2 * 40 + 2, 40, c, 3, 0, {4, 4}, 1);
+    ASSERT_EQ(zaniInterpolateQPBicubic_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(c, 8, 8, [](Zan32s, Zan32s) { return 9; }, "4x4");
+}
+
+TEST(Vc1interp, BilinearMasksAndKnownAnswers) {
+    std::mt19937 g(5);
+    Picture pic(40, 40, 4, g);
+    const Sample s = pic.sampler();
+    // Stray bits: dx 5 is 1, dy 6 is 2, roundControl 3 is 1.
+    Block a, b;
+    auto r = plain(pic.at(3, 3), pic.step, a, 5, 6, {8, 8}, 3);
+    ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+    r = plain(pic.at(3, 3), pic.step, b, 1, 2, {8, 8}, 1);
+    ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+    EXPECT_EQ(a.data, b.data);
+    // (0, 0) with roundControl 1 copies.
+    Block c;
+    r = plain(pic.at(3, 3), pic.step, c, 0, 0, {4, 4}, 1);
+    ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(c, 4, 4, [&](Zan32s x, Zan32s y) { return s(3 + x, 3 + y); }, "copy");
+    // (2, 2): (a + b + c + d + 2 - RND) >> 2, through the half-sample copies.
+    for (Zan32s rc = 0; rc < 2; ++rc) {
+        Block d;
+        r = plain(pic.at(5, 6), pic.step, d, 2, 2, {8, 4}, rc);
+        ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+        expect_block(
+            d, 8, 4,
+            [&](Zan32s x, Zan32s y) {
+                return (s(5 + x, 6 + y) + s(6 + x, 6 + y) + s(5 + x, 7 + y) + s(6 + x, 7 + y) + 2 - rc) >> 2;
+            },
+            "HH");
+    }
+    // Width 16 makes a 16x16 block whatever the height.
+    Block e;
+    r = plain(pic.at(1, 1), pic.step, e, 1, 1, {16, 8}, 0);
+    ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(e, 16, 16, [&](Zan32s x, Zan32s y) { return model_bilinear(s, 1 + x, 1 + y, 1, 1, 0); }, "16x8");
+    // Quarter position by hand: 0 | 255 with dx 1: (3 * 4 * 0 + 1 * 4 * 255 + 8 - RND) >> 4 = 64 (RND 0), 64 (RND 1);
+    // dx 3 (RND 1): (4 * 3 * 255 + 7) >> 4 = 191.
+    const Edge across(false);
+    Block f;
+    r = plain(across.at(20, 0), 48, f, 3, 0, {4, 4}, 1);
+    ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+    EXPECT_EQ(f.get(0, 0), 191);
+    r = plain(across.at(20, 0), 48, f, 1, 0, {4, 4}, 0);
+    ASSERT_EQ(zaniInterpolateQPBilinear_VC1_8u_C1R(&r), zanStsOk);
+    EXPECT_EQ(f.get(0, 0), 64);
+}
+
+TEST(Vc1interp, BlockFetchEdgeCases) {
+    // A 6 x 6 picture whose sample is 10 * row + column, tables off.
+    std::vector<Zan8u> pic(6 * 6);
+    for (int y = 0; y < 6; ++y)
+        for (int x = 0; x < 6; ++x) pic[static_cast<size_t>(y * 6 + x)] = static_cast<Zan8u>(10 * y + x);
+    ZanVC1ICBlockRecord r{};
+    r.pSrc = pic.data();
+    r.srcStep = 6;
+    r.sizeFrame = {6, 6};
+    r.sizeBlock = {8, 8};
+    // Wholly beyond the bottom-right corner: every sample is the corner's.
+    Block a;
+    r.pDst = a.p();
+    r.dstStep = a.step;
+    r.pointRefBlockPos = {20, 30};
+    ASSERT_EQ(zaniInterpolateICBicubicBlock_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(a, 8, 8, [](Zan32s, Zan32s) { return 55; }, "bottom right");
+    // Beyond the top-left corner at a quarter position: still the corner's sample.
+    Block b;
+    r.pDst = b.p();
+    r.pointRefBlockPos = {-40, -9};
+    r.dx = 1;
+    r.dy = 3;
+    ASSERT_EQ(zaniInterpolateICBicubicBlock_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(b, 8, 8, [](Zan32s, Zan32s) { return 0; }, "top left");
+    // Above the top-right corner, whole position: row 0 for the rows above,
+    // the last column for the columns right.
+    Block c;
+    r.pDst = c.p();
+    r.pointRefBlockPos = {3, -4};
+    r.dx = r.dy = 0;
+    ASSERT_EQ(zaniInterpolateICBilinearBlock_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(c, 8, 8, [](Zan32s x, Zan32s y) { return 10 * (y < 4 ? 0 : y - 4 > 5 ? 5 : y - 4) + (3 + x > 5 ? 5 : 3 + x); }, "top right");
+    // Field padding below the bottom-left corner: rows 6, 7, 8, 9 repeat rows
+    // 4, 5, 4, 5 (same parity); without it they repeat row 5.
+    for (int fp = 0; fp < 2; ++fp) {
+        Block d;
+        r.pDst = d.p();
+        r.pointRefBlockPos = {-2, 4};
+        r.fieldPadding = fp;
+        ASSERT_EQ(zaniInterpolateICBilinearBlock_VC1_8u_C1R(&r), zanStsOk);
+        expect_block(
+            d, 8, 8,
+            [&](Zan32s x, Zan32s y) {
+                const Zan32s py = 4 + y, row = py < 6 ? py : fp ? 4 + (py & 1) : 5;
+                return 10 * row + (x - 2 < 0 ? 0 : x - 2 > 5 ? 5 : x - 2);
+            },
+            "field padding");
+    }
+    // Tables by row parity: top rows (even) through one table, bottom rows
+    // (odd) through the other; with fieldPrediction one table for all.
+    std::array<Zan8u, 256> plus{}, minus{};
+    for (int i = 0; i < 256; ++i) {
+        plus[static_cast<size_t>(i)] = static_cast<Zan8u>(i + 100);
+        minus[static_cast<size_t>(i)] = static_cast<Zan8u>(255 - i);
+    }
+    r.fieldPadding = 0;
+    r.pLUTTop = plus.data();
+    r.pLUTBottom = minus.data();
+    r.pointRefBlockPos = {0, 0};
+    r.sizeBlock = {4, 4};
+    Block e;
+    r.pDst = e.p();
+    ASSERT_EQ(zaniInterpolateICBilinearBlock_VC1_8u_C1R(&r), zanStsOk);
+    expect_block(e, 4, 4, [](Zan32s x, Zan32s y) { return y & 1 ? 255 - (10 * y + x) : 10 * y + x + 100; }, "parity");
+    r.fieldPrediction = 1;
+    r.bottomField = 1;
+    r.pSrc = pic.data() + 6;  // the bottom field: rows 1, 3, 5
+    Block f;
+    r.pDst = f.p();
+    r.pointRefBlockPos = {1, 1};
+    ASSERT_EQ(zaniInterpolateICBilinearBlock_VC1_8u_C1R(&r), zanStsOk);
+    // Field rows 1, 2, then beyond the field's 3 rows: repeat field row 2 (picture row 5).
+    expect_block(
+        f, 4, 4, [](Zan32s x, Zan32s y) { return 255 - (10 * (2 * (1 + y > 2 ? 2 : 1 + y) + 1) + (1 + x > 5 ? 5 : 1 + x)); },
+        "field prediction");
+}
+
 }  // namespace
