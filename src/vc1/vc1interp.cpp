@@ -574,6 +574,31 @@ struct Reach {
     Zan32s before, after;
 };
 
+constexpr Zan32s kMaxRows = 19;
+// Bytes after a work array that the row fills may write.
+constexpr Zan32s kWorkSlack = 32;
+
+// Copies n (at most 32) bytes, reading and writing no others.
+inline void copy_small(Zan8u* d, const Zan8u* s, std::size_t n) {
+    if (n >= 16) {
+        const __m128i a = load16(s), b = load16(s + n - 16);
+        store16(d, a);
+        store16(d + n - 16, b);
+    } else if (n >= 8) {
+        const __m128i a = load8(s), b = load8(s + n - 8);
+        store8(d, a);
+        store8(d + n - 8, b);
+    } else if (n >= 4) {
+        Zan32u a, b;
+        std::memcpy(&a, s, 4);
+        std::memcpy(&b, s + n - 4, 4);
+        std::memcpy(d, &a, 4);
+        std::memcpy(d + n - 4, &b, 4);
+    } else {
+        for (std::size_t i = 0; i < n; ++i) d[i] = s[i];
+    }
+}  // 16 + 3, the most a fetch makes
+
 inline Zan64s clamp64(Zan64s v, Zan64s lo, Zan64s hi) { return v < lo ? lo : v > hi ? hi : v; }
 
 // Fetches the (kw + before + after) x (kh + before + after) area around the
@@ -592,6 +617,7 @@ void fetch_and_run(const ZanVC1ICBlockRecord& r, Dims k, Reach reach, Zan8u* wor
     const Zan64s y0 = static_cast<Zan64s>(r.pointRefBlockPos.y) - reach.before;
     const Zan32s cols = k.w + reach.before + reach.after, rows = k.h + reach.before + reach.after;
     const ZaniSize blockSize = r.sizeBlock;
+    const Zan8u* fieldLut = r.bottomField ? r.pLUTBottom : r.pLUTTop;
 
     if (!r.pLUTTop && !r.pLUTBottom && x0 >= 0 && y0 >= 0 && x0 + cols <= W && y0 + rows <= H) {
         const Zan8u* p = r.pSrc + step * static_cast<ptrdiff_t>(r.pointRefBlockPos.y) +
@@ -602,6 +628,8 @@ void fetch_and_run(const ZanVC1ICBlockRecord& r, Dims k, Reach reach, Zan8u* wor
 
     // Columns [inL, inR) of the area lie inside the picture.
     const Zan64s inL = clamp64(-x0, 0, cols), inR = clamp64(W - x0, inL, cols);
+    const std::size_t rowBytes = static_cast<std::size_t>(Unit * cols);  // at most 32
+    Zan64s fetched[kMaxRows];  // picture row behind each work row
     for (Zan32s i = 0; i < rows; ++i) {
         const Zan64s pr = y0 + i;
         Zan64s sr;
@@ -609,29 +637,43 @@ void fetch_and_run(const ZanVC1ICBlockRecord& r, Dims k, Reach reach, Zan8u* wor
         else if (pr >= H) sr = parityPad && ((pr - (H - 1)) & 1) ? H - 2 : H - 1;
         else sr = pr;
         sr = clamp64(sr, 0, H - 1);
-        const Zan8u* lut = field ? (r.bottomField ? r.pLUTBottom : r.pLUTTop) : (sr & 1 ? r.pLUTBottom : r.pLUTTop);
-        const Zan8u* src = r.pSrc + step * static_cast<ptrdiff_t>(sr);
+        fetched[i] = sr;
         Zan8u* out = work + static_cast<ptrdiff_t>(workStep) * i;
-        auto sample = [&](Zan64s c, int b) {
-            const Zan8u v = src[Unit * c + b];
-            return lut ? lut[v] : v;
-        };
-        // Inside columns through the table.
+        // A row beyond the picture repeats the row fetched one or two rows
+        // before (the table depends on the picture row only).
+        const Zan32s same = i >= 1 && fetched[i - 1] == sr ? i - 1 : i >= 2 && fetched[i - 2] == sr ? i - 2 : -1;
+        if (same >= 0) {
+            copy_small(out, work + static_cast<ptrdiff_t>(workStep) * same, rowBytes);
+            continue;
+        }
+        const Zan8u* lut = field ? fieldLut : (sr & 1 ? r.pLUTBottom : r.pLUTTop);
+        const Zan8u* src = r.pSrc + step * static_cast<ptrdiff_t>(sr);
+        // The edge samples (pairs) of the row, after the table.
+        Zan32s left = 0, right = 0;
+        for (int b = 0; b < Unit; ++b) {
+            const Zan8u l = src[b], e = src[Unit * (W - 1) + b];
+            left |= (lut ? lut[l] : l) << (8 * b);
+            right |= (lut ? lut[e] : e) << (8 * b);
+        }
+        const __m128i splatL = Unit == 1 ? _mm_set1_epi8(static_cast<char>(left)) : _mm_set1_epi16(static_cast<Zan16s>(left));
+        const __m128i splatR =
+            Unit == 1 ? _mm_set1_epi8(static_cast<char>(right)) : _mm_set1_epi16(static_cast<Zan16s>(right));
+        // Left fill over the whole row, the inside columns through the table,
+        // then the right fill from column inR on (its stores run into the
+        // next row, which is written later, or the slack after the array).
+        store16(out, splatL);
+        store16(out + 16, splatL);
         if (inR > inL) {
             const Zan8u* from = src + Unit * (x0 + inL);
             Zan8u* to = out + Unit * inL;
-            const Zan64s n = Unit * (inR - inL);
+            const std::size_t n = static_cast<std::size_t>(Unit * (inR - inL));
             if (lut)
-                for (Zan64s j = 0; j < n; ++j) to[j] = lut[from[j]];
+                for (std::size_t j = 0; j < n; ++j) to[j] = lut[from[j]];
             else
-                std::memcpy(to, from, static_cast<std::size_t>(n));
+                copy_small(to, from, n);
         }
-        // Left and right: the edge sample of the row, after the table.
-        for (int b = 0; b < Unit; ++b) {
-            const Zan8u left = sample(0, b), right = sample(W - 1, b);
-            for (Zan64s c = 0; c < inL; ++c) out[Unit * c + b] = left;
-            for (Zan64s c = inR; c < cols; ++c) out[Unit * c + b] = right;
-        }
+        store16(out + Unit * inR, splatR);
+        store16(out + Unit * inR + 16, splatR);
     }
     run(work + static_cast<ptrdiff_t>(workStep) * reach.before + Unit * reach.before, workStep, r.pDst, r.dstStep,
         r.dx, r.dy, blockSize, r.roundControl);
@@ -672,21 +714,21 @@ ZanStatus zaniInterpolateQPBilinear_VC1_8u_C2R(const ZanVC1InterpolateRecord* p)
 
 ZanStatus zaniInterpolateICBicubicBlock_VC1_8u_C1R(const ZanVC1ICBlockRecord* p) {
     if (!p || !p->pSrc || !p->pDst) return zanStsNullPtr;
-    alignas(16) Zan8u work[kBicubicWork * kBicubicWork];
+    alignas(16) Zan8u work[kBicubicWork * kBicubicWork + kWorkSlack];
     fetch_and_run<1>(*p, bicubic_dims(p->sizeBlock), {1, 2}, work, kBicubicWork, run_bicubic);
     return zanStsOk;
 }
 
 ZanStatus zaniInterpolateICBilinearBlock_VC1_8u_C1R(const ZanVC1ICBlockRecord* p) {
     if (!p || !p->pSrc || !p->pDst) return zanStsNullPtr;
-    alignas(16) Zan8u work[kBilinearWorkStep * kBilinearWorkRows];
+    alignas(16) Zan8u work[kBilinearWorkStep * kBilinearWorkRows + kWorkSlack];
     fetch_and_run<1>(*p, bilinear_dims<false>(p->sizeBlock), {0, 1}, work, kBilinearWorkStep, run_bilinear_c1);
     return zanStsOk;
 }
 
 ZanStatus zaniInterpolateICBilinearBlock_VC1_8u_C2R(const ZanVC1ICBlockRecord* p) {
     if (!p || !p->pSrc || !p->pDst) return zanStsNullPtr;
-    alignas(16) Zan8u work[kBilinearWorkStep * kBilinearWorkRows];
+    alignas(16) Zan8u work[kBilinearWorkStep * kBilinearWorkRows + kWorkSlack];
     fetch_and_run<2>(*p, bilinear_dims<true>(p->sizeBlock), {0, 1}, work, kBilinearWorkStep, run_bilinear_c2);
     return zanStsOk;
 }
