@@ -228,42 +228,45 @@ void bicubic_hv_simd(const Zan8u* s, Zan32s ss, Zan8u* d, Zan32s ds, Zan32s rc) 
         if constexpr (W == 16) return Row{load16(p), load_cols15(p)};
         else return Row{load_cols11(p), _mm_setzero_si128()};
     };
-    // Vertical pass of output row y from rows y-1..y+2, group g.
-    auto vert = [&](const Row& r0, const Row& r1, const Row& r2, const Row& r3, int g) {
-        __m128i p01, p23;
-        if (g == 0) {
-            p01 = _mm_unpacklo_epi8(r0.a, r1.a);
-            p23 = _mm_unpacklo_epi8(r2.a, r3.a);
-        } else if (g == 1) {
-            p01 = _mm_unpackhi_epi8(r0.a, r1.a);
-            p23 = _mm_unpackhi_epi8(r2.a, r3.a);
-        } else {
-            p01 = _mm_unpacklo_epi8(r0.b, r1.b);
-            p23 = _mm_unpacklo_epi8(r2.b, r3.b);
-        }
-        const __m128i v = _mm_add_epi16(_mm_maddubs_epi16(p01, t01), _mm_maddubs_epi16(p23, t23));
-        return _mm_srai_epi16(_mm_add_epi16(v, rv), sh);
+    // Rows k-1 and k interleaved, by 8-column group; output row y takes the
+    // pairs of rows (y-1, y) with the first two taps and (y+1, y+2) with the
+    // last two, so each pair serves two output rows.
+    struct Pairs {
+        __m128i g[N];
     };
-    auto out_row = [&](const Row& r0, const Row& r1, const Row& r2, const Row& r3) {
+    auto pairs = [&](const Row& p, const Row& q) {
+        Pairs u;
+        u.g[0] = _mm_unpacklo_epi8(p.a, q.a);
+        u.g[1] = _mm_unpackhi_epi8(p.a, q.a);
+        if constexpr (N == 3) u.g[2] = _mm_unpacklo_epi8(p.b, q.b);
+        return u;
+    };
+    auto out_row = [&](const Pairs& u01, const Pairs& u23) {
         __m128i v[N];
-        for (int g = 0; g < N; ++g) v[g] = vert(r0, r1, r2, r3, g);
+        for (int g = 0; g < N; ++g) {
+            const __m128i t = _mm_add_epi16(_mm_maddubs_epi16(u01.g[g], t01), _mm_maddubs_epi16(u23.g[g], t23));
+            v[g] = _mm_srai_epi16(_mm_add_epi16(t, rv), sh);
+        }
         const __m128i lo = bicubic_hv8<DX>(v[0], v[1], rh);
         if constexpr (W == 16) return _mm_packus_epi16(lo, bicubic_hv8<DX>(v[1], v[2], rh));
         else return lo;
     };
-    Row a = ld(-1), b = ld(0), c = ld(1);
+    const Row r0 = ld(0);
+    Row last = ld(1);
+    Pairs u0 = pairs(ld(-1), r0), u1 = pairs(r0, last);
 #pragma GCC unroll 8
     for (Zan32s y = 0; y < H; y += 2) {
-        const Row e = ld(y + 2), f = ld(y + 3);
+        const Row r2 = ld(y + 2), r3 = ld(y + 3);
+        const Pairs u2 = pairs(last, r2), u3 = pairs(r2, r3);
         if constexpr (W == 16) {
-            store16(row(d, ds, y), out_row(a, b, c, e));
-            store16(row(d, ds, y + 1), out_row(b, c, e, f));
+            store16(row(d, ds, y), out_row(u0, u2));
+            store16(row(d, ds, y + 1), out_row(u1, u3));
         } else {
-            store_rows8(d, ds, y, _mm_packus_epi16(out_row(a, b, c, e), out_row(b, c, e, f)));
+            store_rows8(d, ds, y, _mm_packus_epi16(out_row(u0, u2), out_row(u1, u3)));
         }
-        a = c;
-        b = e;
-        c = f;
+        u0 = u2;
+        u1 = u3;
+        last = r3;
     }
 }
 
