@@ -2506,6 +2506,87 @@ ZanStatus zaniReconstructChroma422Inter4x4_H264High_32s16u_IP2R(const ZanReconst
 
 /* ==== vc1interp: VC-1 interpolation and range mapping ==== */
 
+/* Quarter-sample prediction of one block with the bilinear or bicubic filter
+ * of SMPTE 421M.  dx, dy: quarter-sample position 0..3; roundControl: the
+ * standard's RND, 0 or 1.  The source samples around pSrc must be readable:
+ * bicubic one row and column before the block and two after, bilinear one
+ * after (nothing beyond the block in a direction whose fraction is 0). */
+typedef struct {
+    const Zan8u* pSrc;  /* sample at the block's whole-sample position */
+    Zan32s srcStep;     /* bytes between rows */
+    Zan8u* pDst;
+    Zan32s dstStep;
+    Zan32s dx;
+    Zan32s dy;
+    ZaniSize roiSize;   /* block width and height (C2: width in sample pairs) */
+    Zan32s roundControl;
+} ZanVC1InterpolateRecord;
+
+/* A block fetched from a whole reference picture, with replication beyond
+ * its edges and intensity-compensation tables applied on the way. */
+typedef struct {
+    const Zan8u* pSrc;         /* origin of the reference picture (of the field, with fieldPrediction) */
+    Zan32s srcStep;            /* bytes between picture rows */
+    Zan8u* pDst;
+    Zan32s dstStep;
+    const Zan8u* pLUTTop;      /* 256 entries for top-field rows, or null (samples as they stand) */
+    const Zan8u* pLUTBottom;   /* 256 entries for bottom-field rows, or null */
+    ZaniSize sizeFrame;        /* picture width (C2: in pairs) and height */
+    ZaniSize sizeBlock;        /* block width (C2: in pairs) and height */
+    ZaniPoint pointRefBlockPos; /* block position in the picture; may lie outside it */
+    Zan32s dx;
+    Zan32s dy;
+    Zan32s fieldPadding;       /* nonzero: rows beyond top and bottom repeat the nearest row of their parity */
+    Zan32s fieldPrediction;    /* nonzero: one field: row step doubled, height halved */
+    Zan32s roundControl;
+    Zan32s bottomField;        /* with fieldPrediction: 1 takes pLUTBottom for every row, 0 pLUTTop */
+} ZanVC1ICBlockRecord;
+
+/* Bicubic: the 4-tap filters -4,53,18,-3 (position 1), -1,9,9,-1 (2),
+ * -3,18,53,-4 (3), the first tap on row/column -1.  Block sizes 8x8, 16x8,
+ * 16x16, chosen by s = (width >> 4) + (height >> 4): 0 takes 8x8, 1 16x8,
+ * more 16x16.  Position (0,0) copies.  dx = 0: vertical filter, rounding
+ * (1 << (shift - 1)) - 1 + RND, shift 6 (positions 1, 3) or 4 (position 2).
+ * dy = 0: horizontal filter, rounding (1 << (shift - 1)) - RND.  Both
+ * nonzero: a vertical pass over columns -1..width+1 into 16-bit values with
+ * rounding (1 << (s - 1)) - 1 + RND and shift s = 5, 3, 5 by dy for dx 1 or 3
+ * and 3, 1, 3 for dx 2; then a horizontal pass, + 64 - RND, >> 7.  Every
+ * result is saturated to 0..255.  dx, dy, roundControl are not checked (the
+ * low bits are used).  Checks: null pParams, pSrc or pDst -8; nothing else. */
+ZanStatus zaniInterpolateQPBicubic_VC1_8u_C1R(const ZanVC1InterpolateRecord* pParams);
+/* Bilinear: ((4 - dy) * ((4 - dx) * P00 + dx * P01) + dy * ((4 - dx) * P10 +
+ * dx * P11) + 8 - RND) >> 4.  dx, dy masked to 2 bits, roundControl to 1.
+ * Sizes: width 16 makes a 16x16 block, width 8 an 8x8 block when the height
+ * is 8 and an 8x4 block otherwise, any other width a 4x4 block.  The C2 form
+ * works on interleaved pairs (the neighbour to the right lies 2 bytes on),
+ * widths in pairs, 8 or 4, sizes chosen as above without the 16 case.
+ * Checks: null pParams, pSrc or pDst -8; nothing else. */
+ZanStatus zaniInterpolateQPBilinear_VC1_8u_C1R(const ZanVC1InterpolateRecord* pParams);
+ZanStatus zaniInterpolateQPBilinear_VC1_8u_C2R(const ZanVC1InterpolateRecord* pParams);
+/* The IC forms fetch the area the filter reads (bicubic: one row and column
+ * before the block and two after; bilinear: one after) from the picture of
+ * sizeFrame.width x sizeFrame.height (height halved and srcStep doubled with
+ * fieldPrediction), then run the plain form on the copy.  Rows inside the
+ * picture go through a table: with fieldPrediction the chosen field's for
+ * every row, otherwise pLUTTop for even picture rows and pLUTBottom for odd
+ * ones; a null table copies.  Columns beyond the left or right edge repeat
+ * the edge sample of their row (after its table); rows beyond the top or
+ * bottom repeat the edge row, or with fieldPadding (and no fieldPrediction)
+ * the nearest row of the same parity.  When both tables are null and the
+ * whole area lies inside the picture, the plain form runs on the picture
+ * directly.  Checks: null pParams, pSrc or pDst -8; nothing else. */
+ZanStatus zaniInterpolateICBicubicBlock_VC1_8u_C1R(const ZanVC1ICBlockRecord* pParams);
+ZanStatus zaniInterpolateICBilinearBlock_VC1_8u_C1R(const ZanVC1ICBlockRecord* pParams);
+ZanStatus zaniInterpolateICBilinearBlock_VC1_8u_C2R(const ZanVC1ICBlockRecord* pParams);
+/* Range mapping, k = rangeMapValue: each sample becomes
+ * clamp(((p * (k + 9) - 128 * k - 1148) >> 3) + 128, 0, 255), that is
+ * ((p - 128) * (k + 9) + 4) >> 3, plus 128.  pSrc may equal pDst.  Steps are
+ * not checked.  Checks: null pSrc or pDst -8; rangeMapValue above 7 (as
+ * unsigned, so negative values too) -11; width or height below 1: zanStsOk
+ * with nothing written. */
+ZanStatus zaniRangeMapping_VC1_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                      ZaniSize roiSize, Zan32s rangeMapValue);
+
 /* ==== end of vc1interp ==== */
 
 /* ==== vc1filter: VC-1 deblocking and overlap smoothing ==== */
