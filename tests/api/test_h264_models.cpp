@@ -616,7 +616,10 @@ TEST(H264Model, DequantTransformAddFlatMatchesTheStandard) {
         if (dcGiven && ac) coef[0] = static_cast<Zan16s>(r.range(-3, 3));  // replaced by the given DC
         std::array<Zan16s, 16> coefBefore = coef;
         Zan16s dc16 = static_cast<Zan16s>(dc);
-        ASSERT_EQ(zaniDequantTransformResidualAndAdd_H264_16s_C1I(pred.data(), coef.data(), dcGiven ? &dc16 : nullptr,
+        // With no AC and the DC given the coefficient block is not needed at all.
+        bool noBlock = dcGiven && !ac && r.coin(50);
+        ASSERT_EQ(zaniDequantTransformResidualAndAdd_H264_16s_C1I(pred.data(), noBlock ? nullptr : coef.data(),
+                                                                  dcGiven ? &dc16 : nullptr,
                                                                   dst.data(), predStep, dstStep, qP, ac ? 1 : 0),
                   zanStsOk);
         for (int y = 0; y < 4; ++y)
