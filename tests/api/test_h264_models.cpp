@@ -953,7 +953,7 @@ TEST(H264Model, Luma8x8InverseAddPredMatchesTheStandard) {
 // transform added to the prediction, through both exports in sequence.
 TEST(H264Model, Luma8x8ScalingThenInverseMatchesTheStandard) {
     Rand r(0x8803);
-    for (int rep = 0; rep < 1000; ++rep) {
+    for (int rep = 0; rep < 500; ++rep) {
         int qP = static_cast<int>(r.range(0, 51));
         auto ls = levelScale8(r, qP % 6, r.coin(30));
         std::array<i64, 64> c, d;
