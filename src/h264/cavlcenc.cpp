@@ -117,6 +117,15 @@ inline Masks masks_of(const Zan32s* v) {
     return {~zeros & 0xFFFFu, ones, neg};
 }
 
+// Set bits of a 16-bit mask (no popcnt instruction on these paths, and no
+// call into the compiler's runtime library).
+inline Zan32u count16(Zan32u m) {
+    m = m - ((m >> 1) & 0x5555u);
+    m = (m & 0x3333u) + ((m >> 2) & 0x3333u);
+    m = (m + (m >> 4)) & 0x0F0Fu;
+    return (m + (m >> 8)) & 0x1Fu;
+}
+
 // The outputs from the masks of `count` (at most 16) values in walk order,
 // zero-padded to 16.
 template <class T, class L>
@@ -131,7 +140,7 @@ inline void emit(const T* vals, Zan32u count, Zan8u* pT1, Zan8u* pSigns, Zan8u* 
         *pTotalZeros = 0;
         return;
     }
-    const Zan32u n = static_cast<Zan32u>(std::popcount(rest));
+    const Zan32u n = count16(rest);
     const Zan32u first = static_cast<Zan32u>(std::countr_zero(rest));
     // Trailing ones: the leading run (at most 3) of +-1 lanes among the nonzero ones.
     Zan32u t = 0, signs = 0;
