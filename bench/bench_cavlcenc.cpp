@@ -1,7 +1,9 @@
 // CAVLC syntax elements: every catalogue entry (rule, u8 kernel, n8 kernel)
-// on a typical block (about 6 coefficients, 2 trailing ones) and a dense
-// block (every position nonzero), and the exported functions.
+// on typical blocks (6 coefficients; half of the 8 or all 4 positions for
+// chroma DC) and dense blocks (every position nonzero), and the exported
+// functions.
 #include <array>
+#include <cstdint>
 
 #include "bench_util.h"
 #include "h264/cavlcenc.h"
@@ -13,18 +15,41 @@ using namespace zan::cavlcenc;
 
 constexpr Zan32s kZigzag4x4[16] = {0, 1, 4, 8, 5, 2, 3, 6, 9, 12, 13, 10, 7, 11, 14, 15};
 
-// Raster 4x4 blocks.  Typical: 6 coefficients over scan 0..9 (7 0 -3 2 0 1
-// 0 0 -1 1 ...); dense: no zeros, mixed levels.
-template <class T>
+// kSets raster 4x4 blocks per kind, visited in turn so that the branch
+// predictor cannot learn one block.  Typical: 6 coefficients among the first
+// 10 scan positions, small levels with +-1 at the high end; dense: no zeros.
+constexpr int kSets = 64;
+
+std::uint64_t mix(std::uint64_t& s) {
+    std::uint64_t z = (s += 0x9E3779B97F4A7C15ull);
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+    return z ^ (z >> 31);
+}
+
+template <class T, int N>
 struct Blocks {
-    std::array<T, 16> typical{}, dense{};
+    std::array<std::array<T, 16>, kSets> typical{}, dense{};
     Blocks() {
-        const T scanOrder[16] = {7, 0, -3, 2, 0, 1, 0, 0, -1, 1, 0, 0, 0, 0, 0, 0};
-        for (int i = 0; i < 16; ++i) typical[static_cast<size_t>(kZigzag4x4[i])] = scanOrder[i];
-        const T d[16] = {21, -9, 4, 5, -3, 2, 2, -1, 3, 1, -2, 1, 1, -1, 1, -1};
-        for (int i = 0; i < 16; ++i) dense[static_cast<size_t>(i)] = d[i];
+        std::uint64_t s = 7;
+        const T small[8] = {1, -1, 1, -1, 2, -2, 3, -5};
+        for (auto& b : typical) {
+            int placed = 0;
+            while (placed < (N == 16 ? 6 : N / 2)) {
+                const int i = static_cast<int>(mix(s) % (N == 16 ? 10 : N));
+                T& v = b[static_cast<size_t>(N == 16 ? kZigzag4x4[i] : i)];
+                if (v != 0) continue;
+                v = small[mix(s) % 8];
+                ++placed;
+            }
+        }
+        for (auto& b : dense)
+            for (int i = 0; i < N; ++i) {
+                const T v = static_cast<T>(static_cast<int>(mix(s) % 41) - 20);
+                b[static_cast<size_t>(i)] = v == 0 ? T{1} : v;
+            }
     }
-    const T* pick(bool isDense) const { return isDense ? dense.data() : typical.data(); }
+    const T* pick(bool isDense, int k) const { return (isDense ? dense : typical)[static_cast<size_t>(k)].data(); }
 };
 
 template <class T>
@@ -36,11 +61,13 @@ struct Outs {
 
 template <class T, class Fn>
 void time_block(benchmark::State& s, Fn fn, bool dense) {
-    static const Blocks<T> blocks;
-    const T* src = blocks.pick(dense);
+    static const Blocks<T, 16> blocks;
     const Zan32s* scan = kZigzag4x4;
     Outs<T> o;
+    int k = 0;
     for (auto _ : s) {
+        const T* src = blocks.pick(dense, k);
+        k = (k + 1) & (kSets - 1);
         benchmark::DoNotOptimize(src);
         benchmark::DoNotOptimize(scan);
         fn(src, 0, scan, 15, &o.t1, &o.signs, &o.n, &o.zeros, o.levels.data(), o.runs.data());
@@ -50,12 +77,12 @@ void time_block(benchmark::State& s, Fn fn, bool dense) {
 
 template <class T, class Fn>
 void time_dc(benchmark::State& s, Fn fn, bool dense) {
-    // Typical: two coefficients of 8; dense: all eight.
-    const T typ[8] = {3, 0, 0, -1, 0, 0, 0, 0};
-    const T den[8] = {12, -5, 3, -1, 2, 1, -1, 1};
-    const T* src = dense ? den : typ;
+    static const Blocks<T, 8> blocks;  // the 2x2 forms read the first 4 of each
     Outs<T> o;
+    int k = 0;
     for (auto _ : s) {
+        const T* src = blocks.pick(dense, k);
+        k = (k + 1) & (kSets - 1);
         benchmark::DoNotOptimize(src);
         fn(src, &o.t1, &o.signs, &o.n, &o.zeros, o.levels.data(), o.runs.data());
         benchmark::ClobberMemory();
