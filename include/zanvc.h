@@ -2486,6 +2486,55 @@ ZanStatus zaniReconstructChroma422Inter4x4_H264High_32s16u_IP2R(const ZanReconst
 
 /* ==== cavlcenc: H.264 CAVLC encoding ==== */
 
+/* CAVLC syntax elements of one block of quantised coefficients; no bits are
+ * written.  All six functions walk their positions from the highest to the
+ * lowest and write:
+ *   *pTrailingOnes      trailing ones T, 0..3: the +1 or -1 values met before
+ *                       any other nonzero value, at most three
+ *   *pTrailingOneSigns  their signs, one bit each (1 = minus), the first met in
+ *                       the highest of the T low bits
+ *   *pNumOutCoeffs      nonzero coefficients n
+ *   *pTotalZeros        zeros below the first coefficient met, within the
+ *                       range walked; 0 when n is 0
+ *   pLevels[0..n-T-1]   the other nonzero values, in walking order
+ *   pRuns[0..n-2]       pRuns[k]: zeros between the k-th and the (k+1)-th
+ *                       coefficient met (the zeros below the last one met are
+ *                       not written)
+ * Nothing else is written: entries of pLevels and pRuns past those counts keep
+ * their values.  Buffers of 16 entries (4 and 8 for chroma DC) always do.
+ *
+ * Block forms: the values pSrc[pScan[lastIdx]], pSrc[pScan[lastIdx - 1]],
+ * ..., pSrc[pScan[firstIdx]].  pScan entries are not checked.  Checks: any
+ * null pointer: zanStsNullPtr; then zanStsOutOfRange if lastIdx exceeds 15 or
+ * is below firstIdx.  The 16-bit form takes only the low 8 bits of firstIdx
+ * and lastIdx, as unsigned values, for the test and for the walk; the 32-bit
+ * form compares them as signed 32-bit values (a negative firstIdx passes and
+ * the walk reads pScan below index 0). */
+ZanStatus zaniEncodeCoeffsCAVLC_H264_16s(const Zan16s* pSrc, Zan32s firstIdx, const Zan32s* pScan,
+                                         Zan32s lastIdx, Zan8u* pTrailingOnes, Zan8u* pTrailingOneSigns,
+                                         Zan8u* pNumOutCoeffs, Zan8u* pTotalZeros, Zan16s* pLevels,
+                                         Zan8u* pRuns);
+ZanStatus zaniEncodeCoeffsCAVLC_H264_32s(const Zan32s* pSrc, Zan32s firstIdx, const Zan32s* pScan,
+                                         Zan32s lastIdx, Zan8u* pTrailingOnes, Zan8u* pTrailingOneSigns,
+                                         Zan8u* pNumOutCoeffs, Zan8u* pTotalZeros, Zan32s* pLevels,
+                                         Zan8u* pRuns);
+
+/* Chroma DC forms: 2x2 blocks walk positions 3, 2, 1, 0 of pSrc; the 4:2:2
+ * blocks of 8 (2 wide, 4 high) walk 7, 5, 3, 6, 4, 1, 2, 0.  Checks: any null
+ * pointer: zanStsNullPtr; nothing else can fail. */
+ZanStatus zaniEncodeChromaDcCoeffsCAVLC_H264_16s(const Zan16s* pSrc, Zan8u* pTrailingOnes,
+                                                 Zan8u* pTrailingOneSigns, Zan8u* pNumOutCoeffs,
+                                                 Zan8u* pTotalZeros, Zan16s* pLevels, Zan8u* pRuns);
+ZanStatus zaniEncodeCoeffsCAVLCChromaDC2x2_H264_32s(const Zan32s* pSrc, Zan8u* pTrailingOnes,
+                                                    Zan8u* pTrailingOneSigns, Zan8u* pNumOutCoeffs,
+                                                    Zan8u* pTotalZeros, Zan32s* pLevels, Zan8u* pRuns);
+ZanStatus zaniEncodeCoeffsCAVLCChromaDC2x4_H264_16s(const Zan16s* pSrc, Zan8u* pTrailingOnes,
+                                                    Zan8u* pTrailingOneSigns, Zan8u* pNumOutCoeffs,
+                                                    Zan8u* pTotalZeros, Zan16s* pLevels, Zan8u* pRuns);
+ZanStatus zaniEncodeCoeffsCAVLCChromaDC2x4_H264_32s(const Zan32s* pSrc, Zan8u* pTrailingOnes,
+                                                    Zan8u* pTrailingOneSigns, Zan8u* pNumOutCoeffs,
+                                                    Zan8u* pTotalZeros, Zan32s* pLevels, Zan8u* pRuns);
+
 /* ==== end of cavlcenc ==== */
 
 /* ==== cabac: H.264 CABAC encoder ==== */
