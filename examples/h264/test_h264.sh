@@ -78,6 +78,17 @@ run slices4x   mandelbrot 176x144 2 "8x8dct=0:slices=4:deblock=1,1" -qp 34
 run crop       testsrc2   200x120 2 "8x8dct=1:slices=3" -qp 27
 run crop_nodb  mandelbrot 200x120 2 "8x8dct=0:no-deblock=1" -qp 20
 
+# I_PCM beside Intra 16x16 macroblocks, loop filter on (a written stream:
+# libx264 never codes I_PCM).
+if command -v python3 >/dev/null 2>&1; then
+    for geo in "5 4 38" "4 3 24"; do
+        set -- $geo
+        python3 "$(dirname "$0")/make_pcm_stream.py" "$tmp/pcm_$1x$2.264" "$1" "$2" "$3" && check "pcm_$1x$2"
+    done
+else
+    echo "python3 not found: I_PCM streams skipped"
+fi
+
 # 4:2:2 chroma, 8-bit.
 pixfmt=yuv422p
 run c422_nodb  testsrc2   176x144 2 "8x8dct=0:no-deblock=1" -qp 30
