@@ -42,7 +42,7 @@ struct Decoder {
         if (!parse_slice_header(br, nal_type, ref_idc, spss, ppss, sh, err)) return false;
         const Pps& pps = ppss[static_cast<std::size_t>(sh.pps_id)];
         const Sps& sps = spss[static_cast<std::size_t>(pps.sps_id)];
-        if (sps.bit_depth_luma != 8 || sps.bit_depth_chroma != 8) return err = "only 8-bit samples are supported", false;
+        if (sps.bit_depth_luma > 14 || sps.bit_depth_chroma > 14) return err = "bit depth above 14", false;
         if (sps.chroma_format_idc != 1 && sps.chroma_format_idc != 2)
             return err = "only 4:2:0 and 4:2:2 chroma are supported", false;
         if (open && (sh.first_mb == 0 || sh.frame_num != frame_num)) {

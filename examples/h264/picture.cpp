@@ -30,7 +30,10 @@ int norm8(int m, int pos) {
 const int kChromaQp[52] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17,
                            18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 29, 30, 31, 32, 32, 33,
                            34, 34, 35, 35, 36, 36, 37, 37, 37, 38, 38, 38, 39, 39, 39, 39};
-int chroma_qp(int qpy, int offset) { return kChromaQp[std::clamp(qpy + offset, 0, 51)]; }
+int chroma_qp(int qpy, int offset, int qp_bd_c) {
+    const int qpi = std::clamp(qpy + offset, -qp_bd_c, 51);
+    return qpi < 0 ? qpi : kChromaQp[qpi];
+}
 
 // Loop-filter thresholds by indexA / indexB, and tc0 by indexA and bS 1..3.
 const std::uint8_t kAlpha[52] = {0,  0,  0,  0,  0,  0,  0,  0,  0,   0,   0,   0,   0,   0,   0,   0,   4,   4,
@@ -54,36 +57,100 @@ inline int block_y(int b) { return ((b >> 1) & 1) | ((b >> 2) & 2); }
 
 // Lossless macroblocks predicted vertically or horizontally code the residual
 // as differences along the prediction direction: sum it up before adding.
-// vertical: down the columns; otherwise along the rows.
-void accumulate(Zan16s* r, int w, int h, bool vertical) {
+template <class C>
+void accumulate(C* r, int w, int h, bool vertical) {
     for (int i = 0; i < h; ++i)
         for (int j = 0; j < w; ++j) {
-            if (vertical && i > 0) r[i * w + j] = static_cast<Zan16s>(r[i * w + j] + r[(i - 1) * w + j]);
-            if (!vertical && j > 0) r[i * w + j] = static_cast<Zan16s>(r[i * w + j] + r[i * w + j - 1]);
+            if (vertical && i > 0) r[i * w + j] = static_cast<C>(r[i * w + j] + r[(i - 1) * w + j]);
+            if (!vertical && j > 0) r[i * w + j] = static_cast<C>(r[i * w + j] + r[i * w + j - 1]);
         }
 }
 
-// Adds an n x n residual to the picture with clipping.
-void add_residual(Zan8u* dst, int stride, const Zan16s* r, int w, int h) {
+// Adds a w x h residual to the picture with clipping to 0..maxv.
+template <class P, class C>
+void add_residual(P* dst, int stride, const C* r, int w, int h, int maxv) {
     for (int i = 0; i < h; ++i)
         for (int j = 0; j < w; ++j)
-            dst[i * stride + j] = static_cast<Zan8u>(std::clamp(dst[i * stride + j] + r[i * w + j], 0, 255));
+            dst[i * stride + j] = static_cast<P>(std::clamp(dst[i * stride + j] + static_cast<int>(r[i * w + j]), 0, maxv));
 }
 
-// Assembles the untransformed residual of a 16x16 luma or 8x8 chroma plane
-// from its DC values and AC blocks (lossless macroblocks).
-void lossless_plane(const Zan16s* dc, const Zan16s* const* ac, int blocks_w, int blocks_h, Zan16s* r) {
+// Assembles the untransformed residual of a 16x16 luma or chroma plane from
+// its DC values and AC blocks (lossless macroblocks).
+template <class C, class S>
+void lossless_plane(const S* dc, const S* const* ac, int blocks_w, int blocks_h, C* r) {
     const int n = 4 * blocks_w;
     for (int by = 0; by < blocks_h; ++by)
         for (int bx = 0; bx < blocks_w; ++bx) {
             const int b = by * blocks_w + bx;
             for (int k = 0; k < 16; ++k) {
-                Zan16s v = 0;
-                if (k == 0) v = dc ? dc[b] : 0;
-                else if (ac[b]) v = ac[b][k];
+                C v = 0;
+                if (k == 0) v = dc ? static_cast<C>(dc[b]) : 0;
+                else if (ac[b]) v = static_cast<C>(ac[b][k]);
                 r[(4 * by + (k >> 2)) * n + 4 * bx + (k & 3)] = v;
             }
         }
+}
+
+// The library's reconstruction calls for 8-bit samples (16-bit coefficients)
+// and for deeper samples (32-bit coefficients, records), behind one set of
+// names.
+struct LumaArgs {
+    int step;
+    Zan32u pattern;
+    int qp;  // QP'Y
+    const Zan16s* scale;
+    Zan8u bypass;
+    int depth;
+};
+ZanStatus luma4x4(Zan16s** cur, Zan8u* y, const LumaArgs& a, const Zan32u* modes, Zan8u edge) {
+    return zaniReconstructLumaIntra4x4MB_H264_16s8u_C1R(cur, y, a.step, modes, a.pattern, a.qp, edge, a.scale, a.bypass);
+}
+ZanStatus luma8x8(Zan16s** cur, Zan8u* y, const LumaArgs& a, const Zan32u* modes, Zan8u edge) {
+    return zaniReconstructLumaIntra8x8MB_H264_16s8u_C1R(cur, y, a.step, modes, a.pattern, a.qp, edge, a.scale, a.bypass);
+}
+ZanStatus luma16x16(Zan16s** cur, Zan8u* y, const LumaArgs& a, Zan32u mode, Zan8u edge) {
+    return zaniReconstructLumaIntra_16x16MB_H264_16s8u_C1R(cur, y, a.step, mode, a.pattern, a.qp, edge, a.scale,
+                                                           a.bypass);
+}
+ZanReconstructRecord luma_record(Zan32s** cur, Zan16u* y, const LumaArgs& a) {
+    return ZanReconstructRecord{reinterpret_cast<void**>(cur), y, a.step, a.pattern, a.qp, a.scale, a.bypass, a.depth};
+}
+ZanStatus luma4x4(Zan32s** cur, Zan16u* y, const LumaArgs& a, const Zan32u* modes, Zan8u edge) {
+    const ZanReconstructRecord r = luma_record(cur, y, a);
+    return zaniReconstructLumaIntra4x4_H264High_32s16u_IP1R(&r, modes, edge);
+}
+ZanStatus luma8x8(Zan32s** cur, Zan16u* y, const LumaArgs& a, const Zan32u* modes, Zan8u edge) {
+    const ZanReconstructRecord r = luma_record(cur, y, a);
+    return zaniReconstructLumaIntra8x8_H264High_32s16u_IP1R(&r, modes, edge);
+}
+ZanStatus luma16x16(Zan32s** cur, Zan16u* y, const LumaArgs& a, Zan32u mode, Zan8u edge) {
+    const ZanReconstructRecord r = luma_record(cur, y, a);
+    return zaniReconstructLumaIntra16x16_H264High_32s16u_IP1R(&r, mode, edge);
+}
+ZanStatus chroma420(Zan16s** cur, Zan8u* const* uv, const ZanReconstructRecord* rec, Zan32u mode, Zan8u edge) {
+    // 4:2:0, 8-bit: one pattern word with the chroma bits at 17..26.
+    Zan32u pattern = 0;
+    for (int c = 0; c < 2; ++c) {
+        if (rec[c].cbp & 1) pattern |= 1u << (17 + c);
+        pattern |= ((rec[c].cbp >> 1) & 15u) << (19 + 4 * c);
+    }
+    return zaniReconstructChromaIntra4x4MB_H264_16s8u_P2R(cur, uv[0], uv[1], static_cast<Zan32u>(rec[0].srcDstStep),
+                                                          mode, pattern, rec[0].QP, rec[1].QP, edge,
+                                                          rec[0].pQuantTable, rec[1].pQuantTable, rec[0].bypass);
+}
+ZanStatus chroma420(Zan32s**, Zan16u* const*, const ZanReconstructRecord* rec, Zan32u mode, Zan8u edge) {
+    const ZanReconstructRecord* recs[2] = {&rec[0], &rec[1]};
+    return zaniReconstructChromaIntra4x4_H264High_32s16u_IP2R(recs, mode, edge);
+}
+ZanStatus chroma422(Zan16s**, Zan8u* const*, const ZanReconstructRecord* rec, Zan32u mode, Zan8u edge, Zan16s dcu,
+                    Zan16s dcv) {
+    const ZanReconstructRecord* recs[2] = {&rec[0], &rec[1]};
+    return zaniReconstructChroma422Intra4x4_H264High_16s8u_IP2R(recs, mode, edge, dcu, dcv);
+}
+ZanStatus chroma422(Zan32s**, Zan16u* const*, const ZanReconstructRecord* rec, Zan32u mode, Zan8u edge, Zan16s dcu,
+                    Zan16s dcv) {
+    const ZanReconstructRecord* recs[2] = {&rec[0], &rec[1]};
+    return zaniReconstructChroma422Intra4x4_H264High_32s16u_IP2R(recs, mode, edge, dcu, dcv);
 }
 
 }  // namespace
@@ -96,9 +163,20 @@ bool Picture::init(const Sps& sps, const Pps& pps) {
     cstride_ = 8 * mbw_;
     mbch_ = sps.chroma_format_idc == 2 ? 16 : 8;
     cbh_ = mbch_ / 4;
-    y_.assign(static_cast<std::size_t>(ystride_) * 16 * static_cast<std::size_t>(mbh_), 0);
-    u_.assign(static_cast<std::size_t>(cstride_ * mbch_) * static_cast<std::size_t>(mbh_), 0);
-    v_ = u_;
+    hbd_ = sps.bit_depth_luma > 8 || sps.bit_depth_chroma > 8;
+    qp_bd_y_ = 6 * (sps.bit_depth_luma - 8);
+    qp_bd_c_ = 6 * (sps.bit_depth_chroma - 8);
+    const std::size_t ysize = static_cast<std::size_t>(ystride_) * 16 * static_cast<std::size_t>(mbh_);
+    const std::size_t csize = static_cast<std::size_t>(cstride_ * mbch_) * static_cast<std::size_t>(mbh_);
+    if (hbd_) {
+        y16_.assign(ysize, 0);
+        u16_.assign(csize, 0);
+        v16_ = u16_;
+    } else {
+        y_.assign(ysize, 0);
+        u_.assign(csize, 0);
+        v_ = u_;
+    }
     info_.assign(static_cast<std::size_t>(mbw_ * mbh_), MbInfo{});
     mode_.assign(static_cast<std::size_t>(16 * mbw_ * mbh_), 2);
     total_.assign(mode_.size(), 0);
@@ -150,9 +228,6 @@ void Picture::neighbours(int addr, int slice, NeighbourInfo& nb) const {
 bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& pps, std::string& err) {
     const int mbx = addr % mbw_, mby = addr / mbw_;
     MbInfo& in = info_[static_cast<std::size_t>(addr)];
-    Zan8u* y = y_.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx);
-    Zan8u* u = u_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
-    Zan8u* v = v_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
     const int cw = 4 * mbw_, ccw = 2 * mbw_;
     for (int b = 0; b < 16; ++b) {
         const std::size_t c = static_cast<std::size_t>((4 * mby + block_y(b)) * cw + 4 * mbx + block_x(b));
@@ -170,108 +245,135 @@ bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& 
     in.t8x8 = mb.kind == kMbI8x8;
     if (mb.kind == kMbPcm) {
         in.qp = 0;
+        const std::size_t yo = static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx);
+        const std::size_t co = static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
         for (int r = 0; r < 16; ++r)
-            for (int c = 0; c < 16; ++c) y[r * ystride_ + c] = static_cast<Zan8u>(mb.pcm[16 * r + c]);
+            for (int c = 0; c < 16; ++c) {
+                const std::size_t i = yo + static_cast<std::size_t>(r * ystride_ + c);
+                if (hbd_) y16_[i] = mb.pcm[16 * r + c];
+                else y_[i] = static_cast<Zan8u>(mb.pcm[16 * r + c]);
+            }
         for (int r = 0; r < mbch_; ++r)
             for (int c = 0; c < 8; ++c) {
-                u[r * cstride_ + c] = static_cast<Zan8u>(mb.pcm[256 + 8 * r + c]);
-                v[r * cstride_ + c] = static_cast<Zan8u>(mb.pcm[256 + 8 * mbch_ + 8 * r + c]);
+                const std::size_t i = co + static_cast<std::size_t>(r * cstride_ + c);
+                const std::uint16_t su = mb.pcm[256 + 8 * r + c], sv = mb.pcm[256 + 8 * mbch_ + 8 * r + c];
+                if (hbd_) {
+                    u16_[i] = su;
+                    v16_[i] = sv;
+                } else {
+                    u_[i] = static_cast<Zan8u>(su);
+                    v_[i] = static_cast<Zan8u>(sv);
+                }
             }
-        in.qpc[0] = chroma_qp(0, chroma_qp_offset_[0]);
-        in.qpc[1] = chroma_qp(0, chroma_qp_offset_[1]);
+        in.qpc[0] = chroma_qp(0, chroma_qp_offset_[0], qp_bd_c_);
+        in.qpc[1] = chroma_qp(0, chroma_qp_offset_[1], qp_bd_c_);
         return true;
     }
     in.qp = mb.qp;
-    in.qpc[0] = chroma_qp(mb.qp, pps.chroma_qp_offset[0]);
-    in.qpc[1] = chroma_qp(mb.qp, pps.chroma_qp_offset[1]);
+    in.qpc[0] = chroma_qp(mb.qp, pps.chroma_qp_offset[0], qp_bd_c_);
+    in.qpc[1] = chroma_qp(mb.qp, pps.chroma_qp_offset[1], qp_bd_c_);
 
     Zan8u edge = 0;
     if (!available(mbx - 1, mby, slice)) edge |= 1;
     if (!available(mbx, mby - 1, slice)) edge |= 4;
     if (!available(mbx - 1, mby - 1, slice)) edge |= 16;
     if (!available(mbx + 1, mby - 1, slice)) edge |= 32;
-    const Zan8u bypass = sps_.transform_bypass && mb.qp == 0 ? 1 : 0;
+    bool ok;
+    if (hbd_)
+        ok = recon_mb<Zan16u, Zan32s>(y16_.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx),
+                                      u16_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx),
+                                      v16_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx), mb,
+                                      in, edge);
+    else
+        ok = recon_mb<Zan8u, Zan16s>(y_.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx),
+                                     u_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx),
+                                     v_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx), mb, in,
+                                     edge);
+    if (!ok) return err = "prediction needs a neighbour that is absent", false;
+    return true;
+}
 
-    Zan16s coef[sizeof mb.luma / sizeof mb.luma[0]];
-    std::memcpy(coef, mb.luma, sizeof(Zan16s) * static_cast<std::size_t>(mb.luma_used));
-    Zan16s* cur = coef;
-    const int m = mb.qp % 6;
+template <class P, class C>
+bool Picture::recon_mb(P* y, P* u, P* v, const Macroblock& mb, const MbInfo& in, Zan8u edge) {
+    const int qpy = mb.qp + qp_bd_y_;  // QP'Y
+    const Zan8u bypass = sps_.transform_bypass && qpy == 0 ? 1 : 0;
+    C coef[sizeof mb.luma / sizeof mb.luma[0]];
+    for (int i = 0; i < mb.luma_used; ++i) coef[i] = static_cast<C>(mb.luma[i]);
+    C* cur = coef;
+    const int m = qpy % 6;
+    LumaArgs la{ystride_, mb.pattern, qpy, ls4_[0][m], bypass, sps_.bit_depth_luma};
+    const int maxy = (1 << sps_.bit_depth_luma) - 1, maxc = (1 << sps_.bit_depth_chroma) - 1;
     ZanStatus st;
     if (bypass && mb.kind != kMbI16x16) {
         const int n = mb.kind == kMbI4x4 ? 4 : 8;
-        Zan16s* p = coef;
+        C* p = coef;
         for (int b = 0; b < (n == 4 ? 16 : 4); ++b) {
             if (!(mb.pattern >> (n == 4 ? b + 1 : b) & 1)) continue;
             if (mb.modes[b] <= 1) accumulate(p, n, n, mb.modes[b] == 0);
             p += n * n;
         }
     }
-    if (mb.kind == kMbI4x4)
-        st = zaniReconstructLumaIntra4x4MB_H264_16s8u_C1R(&cur, y, ystride_, mb.modes, mb.pattern, mb.qp, edge,
-                                                          ls4_[0][m], bypass);
-    else if (mb.kind == kMbI8x8)
-        st = zaniReconstructLumaIntra8x8MB_H264_16s8u_C1R(&cur, y, ystride_, mb.modes, mb.pattern & 15, mb.qp, edge,
-                                                          ls8_[m], bypass);
-    else if (bypass && mb.mode16 <= 1) {
-        st = zaniReconstructLumaIntra_16x16MB_H264_16s8u_C1R(&cur, y, ystride_, static_cast<Zan32u>(mb.mode16), 0,
-                                                             mb.qp, edge, ls4_[0][m], bypass);
-        const Zan16s* dc = (mb.pattern & 1) ? coef : nullptr;
-        const Zan16s* ac[16] = {};
-        const Zan16s* p = coef + (dc ? 16 : 0);
+    if (mb.kind == kMbI4x4) {
+        st = luma4x4(&cur, y, la, mb.modes, edge);
+    } else if (mb.kind == kMbI8x8) {
+        la.pattern &= 15;
+        la.scale = ls8_[m];
+        st = luma8x8(&cur, y, la, mb.modes, edge);
+    } else if (bypass && mb.mode16 <= 1) {
+        la.pattern = 0;
+        st = luma16x16(&cur, y, la, static_cast<Zan32u>(mb.mode16), edge);
+        const C* dc = (mb.pattern & 1) ? coef : nullptr;
+        const C* ac[16] = {};
+        const C* p = coef + (dc ? 16 : 0);
         for (int b = 0; b < 16; ++b)
             if (mb.pattern >> (b + 1) & 1) {
                 ac[block_y(b) * 4 + block_x(b)] = p;
                 p += 16;
             }
-        Zan16s r[256];
+        Zan32s r[256];
         lossless_plane(dc, ac, 4, 4, r);
         accumulate(r, 16, 16, mb.mode16 == 0);
-        add_residual(y, ystride_, r, 16, 16);
-    } else
-        st = zaniReconstructLumaIntra_16x16MB_H264_16s8u_C1R(&cur, y, ystride_, static_cast<Zan32u>(mb.mode16),
-                                                             mb.pattern, mb.qp, edge, ls4_[0][m], bypass);
-    if (st != zanStsOk && st != 11) return err = "luma prediction needs a neighbour that is absent", false;
+        add_residual(y, ystride_, r, 16, 16, maxy);
+    } else {
+        st = luma16x16(&cur, y, la, static_cast<Zan32u>(mb.mode16), edge);
+    }
+    if (st != zanStsOk && st != 11) return false;
 
-    Zan16s ccoef[sizeof mb.chroma / sizeof mb.chroma[0]];
-    std::memcpy(ccoef, mb.chroma, sizeof(Zan16s) * static_cast<std::size_t>(mb.chroma_used));
+    C ccoef[sizeof mb.chroma / sizeof mb.chroma[0]];
+    for (int i = 0; i < mb.chroma_used; ++i) ccoef[i] = static_cast<C>(mb.chroma[i]);
     cur = ccoef;
     const bool chroma_dpcm = bypass && (mb.chroma_mode == 1 || mb.chroma_mode == 2);
     const bool c422 = mbch_ == 16;
+    const int qpc[2] = {in.qpc[0] + qp_bd_c_, in.qpc[1] + qp_bd_c_};  // QP'C
     if (c422) {
         // The residual decoder leaves 4:2:2 DC values in raster order; the
         // reconstruction takes them in coded order.
         static const int kScan422[8] = {0, 2, 1, 4, 6, 3, 5, 7};
-        Zan16s* p = ccoef;
+        C* p = ccoef;
         for (int c = 0; c < 2; ++c)
             if (mb.cpat[c] & 1) {
-                Zan16s t[8];
+                C t[8];
                 for (int k = 0; k < 8; ++k) t[k] = p[kScan422[k]];
-                std::memcpy(p, t, sizeof t);
+                for (int k = 0; k < 8; ++k) p[k] = t[k];
                 p += 8;
             }
     }
-    if (c422) {
-        ZanReconstructRecord rec[2];
-        const ZanReconstructRecord* recs[2] = {&rec[0], &rec[1]};
-        void** cursor = reinterpret_cast<void**>(&cur);
-        for (int c = 0; c < 2; ++c)
-            rec[c] = ZanReconstructRecord{cursor, c == 0 ? u : v, cstride_, chroma_dpcm ? 0u : mb.cpat[c], in.qpc[c],
-                                          ls4_[1 + c][in.qpc[c] % 6], bypass, 8};
-        st = zaniReconstructChroma422Intra4x4_H264High_16s8u_IP2R(recs, static_cast<Zan32u>(mb.chroma_mode), edge,
-                                                                  ls4_[1][(in.qpc[0] + 3) % 6][0],
-                                                                  ls4_[2][(in.qpc[1] + 3) % 6][0]);
-    } else {
-        st = zaniReconstructChromaIntra4x4MB_H264_16s8u_P2R(&cur, u, v, static_cast<Zan32u>(cstride_),
-                                                            static_cast<Zan32u>(mb.chroma_mode),
-                                                            chroma_dpcm ? 0u : mb.pattern & 0x7fe0000u, in.qpc[0],
-                                                            in.qpc[1], edge, ls4_[1][in.qpc[0] % 6],
-                                                            ls4_[2][in.qpc[1] % 6], bypass);
-    }
-    if (st == zanStsOk && chroma_dpcm) {
+    ZanReconstructRecord rec[2];
+    P* const uv[2] = {u, v};
+    for (int c = 0; c < 2; ++c)
+        rec[c] = ZanReconstructRecord{reinterpret_cast<void**>(&cur), uv[c], cstride_, chroma_dpcm ? 0u : mb.cpat[c],
+                                      qpc[c], ls4_[1 + c][qpc[c] % 6], bypass, sps_.bit_depth_chroma};
+    if (c422)
+        st = chroma422(&cur, uv, rec, static_cast<Zan32u>(mb.chroma_mode), edge, ls4_[1][(qpc[0] + 3) % 6][0],
+                       ls4_[2][(qpc[1] + 3) % 6][0]);
+    else
+        st = chroma420(&cur, uv, rec, static_cast<Zan32u>(mb.chroma_mode), edge);
+    if (st != zanStsOk) return false;
+    if (chroma_dpcm) {
         const int nblk = 2 * cbh_;
-        const Zan16s* p = mb.chroma;
-        const Zan16s* dc[2] = {};
-        const Zan16s* ac[2][8] = {};
+        const Zan32s* p = mb.chroma;
+        const Zan32s* dc[2] = {};
+        const Zan32s* ac[2][8] = {};
         for (int c = 0; c < 2; ++c)
             if (mb.cpat[c] & 1) {
                 dc[c] = p;
@@ -284,13 +386,12 @@ bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& 
                     p += 16;
                 }
         for (int c = 0; c < 2; ++c) {
-            Zan16s r[128];
+            Zan32s r[128];
             lossless_plane(dc[c], ac[c], 2, cbh_, r);
             accumulate(r, 8, mbch_, mb.chroma_mode == 2);
-            add_residual(c == 0 ? u : v, cstride_, r, 8, mbch_);
+            add_residual(uv[c], cstride_, r, 8, mbch_, maxc);
         }
     }
-    if (st != zanStsOk) return err = "chroma prediction needs a neighbour that is absent", false;
     return true;
 }
 
@@ -315,7 +416,7 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
                 const int pq = plane == 0 ? p.qp : p.qpc[plane - 1];
                 qp_outer = (pq + qq + 1) >> 1;
             }
-            Zan8u alpha[2], beta[2], bs[16], tc[16];
+            Zan8u alpha[2], beta[2], bs[16];
             const int qps[2] = {qp_outer, qq};
             int ia[2];
             for (int k = 0; k < 2; ++k) {
@@ -330,52 +431,68 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
                 if (plane == 0 && q.t8x8 && (e & 1)) s = 0;
                 for (int k = 0; k < 4; ++k) bs[4 * e + k] = s;
             }
-            ZanStatus st;
-            if (plane == 0) {
+            // The edge arrays in the layouts of the library's filters.
+            Zan8u fbs[16] = {}, ftc[16] = {};
+            const int kind = plane == 0 ? 0 : mbch_ == 16 ? 2 : 1;
+            if (kind == 0) {
                 for (int e = 0; e < 4; ++e)
-                    for (int k = 0; k < 4; ++k) tc[4 * e + k] = kTc0[e == 0 ? ia[0] : ia[1]][2];
-                Zan8u* p0 = y_.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx);
-                st = dir == 0 ? zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR(p0, ystride_, alpha, beta, tc, bs)
-                              : zaniFilterDeblockingLuma_HorEdge_H264_8u_C1IR(p0, ystride_, alpha, beta, tc, bs);
-            } else {
-                Zan8u* p0 = (plane == 1 ? u_ : v_).data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
-                if (mbch_ == 16) {
-                    // 4:2:2: vertical edges 0 and 4 over 16 rows; horizontal
-                    // edges at rows 0, 4, 8 and 12.
-                    Zan8u cbs[16] = {}, ctc[16] = {};
-                    if (dir == 0) {
-                        for (int k = 0; k < 4; ++k) {
-                            cbs[k] = bs[k];
-                            cbs[8 + k] = 3;
-                            ctc[k] = kTc0[ia[0]][2];
-                            ctc[4 + k] = kTc0[ia[1]][2];
-                        }
-                    } else {
-                        for (int e = 0; e < 4; ++e)
-                            for (int k = 0; k < 4; ++k) {
-                                cbs[4 * e + k] = e == 0 ? bs[k] : 3;
-                                ctc[4 * e + k] = kTc0[e == 0 ? ia[0] : ia[1]][2];
-                            }
-                    }
-                    const ZanDeblockingRecord rec{p0, cstride_, alpha, beta, ctc, cbs, 8};
-                    st = dir == 0 ? zaniFilterDeblockingChroma422VerEdge_H264_8u_C1IR(&rec)
-                                  : zaniFilterDeblockingChroma422HorEdge_H264_8u_C1IR(&rec);
-                } else {
-                    // 4:2:0: chroma edges 0 and 4 follow luma edges 0 and 8.
-                    Zan8u cbs[16] = {};
                     for (int k = 0; k < 4; ++k) {
-                        cbs[k] = bs[k];
-                        cbs[8 + k] = 3;
+                        fbs[4 * e + k] = bs[4 * e + k];
+                        ftc[4 * e + k] = kTc0[e == 0 ? ia[0] : ia[1]][2];
                     }
-                    for (int k = 0; k < 4; ++k) {
-                        tc[k] = kTc0[ia[0]][2];
-                        tc[4 + k] = kTc0[ia[1]][2];
-                    }
-                    st = dir == 0 ? zaniFilterDeblockingChroma_VerEdge_H264_8u_C1IR(p0, cstride_, alpha, beta, tc, cbs)
-                                  : zaniFilterDeblockingChroma_HorEdge_H264_8u_C1IR(p0, cstride_, alpha, beta, tc, cbs);
+            } else if (kind == 1 || dir == 0) {
+                // Chroma edges 0 and 4 (4:2:0 both ways, 4:2:2 vertical)
+                // follow luma edges 0 and 8.
+                for (int k = 0; k < 4; ++k) {
+                    fbs[k] = bs[k];
+                    fbs[8 + k] = 3;
+                    ftc[k] = kTc0[ia[0]][2];
+                    ftc[4 + k] = kTc0[ia[1]][2];
                 }
+            } else {
+                // 4:2:2 horizontal edges at rows 0, 4, 8 and 12.
+                for (int e = 0; e < 4; ++e)
+                    for (int k = 0; k < 4; ++k) {
+                        fbs[4 * e + k] = e == 0 ? bs[k] : 3;
+                        ftc[4 * e + k] = kTc0[e == 0 ? ia[0] : ia[1]][2];
+                    }
             }
-            (void)st;
+            const int stride = plane == 0 ? ystride_ : cstride_;
+            const std::size_t off = plane == 0 ? static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx)
+                                               : static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
+            if (!hbd_) {
+                Zan8u* p0 = (plane == 0 ? y_ : plane == 1 ? u_ : v_).data() + off;
+                const ZanDeblockingRecord rec{p0, stride, alpha, beta, ftc, fbs, 8};
+                if (kind == 0)
+                    dir == 0 ? zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR(p0, stride, alpha, beta, ftc, fbs)
+                             : zaniFilterDeblockingLuma_HorEdge_H264_8u_C1IR(p0, stride, alpha, beta, ftc, fbs);
+                else if (kind == 1)
+                    dir == 0 ? zaniFilterDeblockingChroma_VerEdge_H264_8u_C1IR(p0, stride, alpha, beta, ftc, fbs)
+                             : zaniFilterDeblockingChroma_HorEdge_H264_8u_C1IR(p0, stride, alpha, beta, ftc, fbs);
+                else
+                    dir == 0 ? zaniFilterDeblockingChroma422VerEdge_H264_8u_C1IR(&rec)
+                             : zaniFilterDeblockingChroma422HorEdge_H264_8u_C1IR(&rec);
+            } else {
+                // Deeper samples: thresholds scaled by 2^(bit depth - 8).
+                const int depth = plane == 0 ? sps_.bit_depth_luma : sps_.bit_depth_chroma;
+                Zan16u a16[2], b16[2], t16[16];
+                for (int k = 0; k < 2; ++k) {
+                    a16[k] = static_cast<Zan16u>(alpha[k] << (depth - 8));
+                    b16[k] = static_cast<Zan16u>(beta[k] << (depth - 8));
+                }
+                for (int k = 0; k < 16; ++k) t16[k] = static_cast<Zan16u>(ftc[k] << (depth - 8));
+                Zan16u* p0 = (plane == 0 ? y16_ : plane == 1 ? u16_ : v16_).data() + off;
+                const ZanDeblockingRecord rec{p0, stride, a16, b16, t16, fbs, depth};
+                if (kind == 0)
+                    dir == 0 ? zaniFilterDeblockingLumaVerEdge_H264_16u_C1IR(&rec)
+                             : zaniFilterDeblockingLumaHorEdge_H264_16u_C1IR(&rec);
+                else if (kind == 1)
+                    dir == 0 ? zaniFilterDeblockingChromaVerEdge_H264_16u_C1IR(&rec)
+                             : zaniFilterDeblockingChromaHorEdge_H264_16u_C1IR(&rec);
+                else
+                    dir == 0 ? zaniFilterDeblockingChroma422VerEdge_H264_16u_C1IR(&rec)
+                             : zaniFilterDeblockingChroma422HorEdge_H264_16u_C1IR(&rec);
+            }
         }
     }
 }
@@ -386,20 +503,26 @@ void Picture::deblock(const std::vector<SliceFilter>& slices) {
             if (info_[static_cast<std::size_t>(mby * mbw_ + mbx)].slice >= 0) filter_mb(mbx, mby, slices);
 }
 
+template <class P>
+static bool write_plane(std::FILE* f, const P* base, int stride, int x0, int y0, int w, int h) {
+    for (int r = 0; r < h; ++r)
+        if (std::fwrite(base + static_cast<std::size_t>((r + y0) * stride + x0), sizeof(P), static_cast<std::size_t>(w),
+                        f) != static_cast<std::size_t>(w))
+            return false;
+    return true;
+}
+
 bool Picture::write(std::FILE* f) const {
     const int w = 16 * mbw_ - sps_.crop_left - sps_.crop_right;
     const int h = 16 * mbh_ - sps_.crop_top - sps_.crop_bottom;
-    for (int r = 0; r < h; ++r)
-        if (std::fwrite(y_.data() + static_cast<std::size_t>((r + sps_.crop_top) * ystride_ + sps_.crop_left), 1,
-                        static_cast<std::size_t>(w), f) != static_cast<std::size_t>(w))
-            return false;
-    for (const auto* pl : {&u_, &v_})
-        for (int r = 0; r < h * mbch_ / 16; ++r)
-            if (std::fwrite(pl->data() + static_cast<std::size_t>((r + sps_.crop_top * mbch_ / 16) * cstride_ +
-                                                                  sps_.crop_left / 2),
-                            1, static_cast<std::size_t>(w / 2), f) != static_cast<std::size_t>(w / 2))
-                return false;
-    return true;
+    const int ch = h * mbch_ / 16, cy = sps_.crop_top * mbch_ / 16;
+    if (hbd_)  // 16-bit little-endian samples (the host order here)
+        return write_plane(f, y16_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h) &&
+               write_plane(f, u16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch) &&
+               write_plane(f, v16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+    return write_plane(f, y_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h) &&
+           write_plane(f, u_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch) &&
+           write_plane(f, v_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
 }
 
 }  // namespace h264ex

@@ -43,6 +43,8 @@ private:
                info_[static_cast<std::size_t>(mby * mbw_ + mbx)].slice == slice;
     }
     void filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices);
+    template <class P, class C>
+    bool recon_mb(P* y, P* u, P* v, const Macroblock& mb, const MbInfo& in, Zan8u edge);
 
     Sps sps_;
     int mbw_ = 0, mbh_ = 0;
@@ -50,6 +52,9 @@ private:
     int mbch_ = 8;   // chroma rows per macroblock (8 or 16)
     int cbh_ = 2;    // chroma 4x4 block rows per macroblock
     std::vector<std::uint8_t> y_, u_, v_;
+    std::vector<std::uint16_t> y16_, u16_, v16_;  // samples above 8 bits
+    bool hbd_ = false;
+    int qp_bd_y_ = 0, qp_bd_c_ = 0;  // QP offsets of the bit depths
     std::vector<MbInfo> info_;
     std::vector<std::uint8_t> mode_;     // 4x4 cells: prediction mode (2 when not NxN)
     std::vector<std::uint8_t> total_;    // 4x4 cells: luma totals

@@ -340,13 +340,13 @@ int pred_nc(bool a, int na, bool b, int nb) {
 
 // One CAVLC residual block through the library: 16 elements at *dst (moved on
 // one block when coded), the total returned in total.
-bool residual_block(BitReader& br, const CavlcTables& t, int nc, int limit, const Zan32s* scan, Zan16s** dst,
+bool residual_block(BitReader& br, const CavlcTables& t, int nc, int limit, const Zan32s* scan, Zan32s** dst,
                     int& total, std::string& err) {
     Zan32u* word;
     Zan32s bit;
     br.to_cursor(&word, &bit);
     Zan16s n = 0;
-    const ZanStatus st = zaniDecodeCAVLCCoeffs_H264_1u16s(&word, &bit, &n, dst, static_cast<Zan32u>(nc),
+    const ZanStatus st = zaniDecodeCAVLCCoeffs_H264_1u32s(&word, &bit, &n, dst, static_cast<Zan32u>(nc),
                                                           static_cast<Zan16s>(limit), t.token, t.tz4x4, t.rb, scan);
     if (st != zanStsOk) return err = "invalid CAVLC code in a residual block", false;
     br.from_cursor(word, bit);
@@ -444,7 +444,7 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
     if (br.bad()) return err = "truncated macroblock header", false;
 
     // Luma residual.
-    Zan16s* cur = mb.luma;
+    Zan32s* cur = mb.luma;
     auto nc_luma = [&](int b) {
         const int x = block_x(b), y = block_y(b);
         const bool ha = x > 0 || nb.avail_a, hb = y > 0 || nb.avail_b;
@@ -487,12 +487,12 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
     } else {
         for (int b8 = 0; b8 < 4; ++b8) {
             if (!(mb.cbp_luma >> b8 & 1)) continue;
-            Zan16s* blk = cur;
-            std::memset(blk, 0, 64 * sizeof(Zan16s));
+            Zan32s* blk = cur;
+            std::memset(blk, 0, 64 * sizeof(Zan32s));
             bool any = false;
             for (int k = 0; k < 4; ++k) {
-                Zan16s part[16];
-                Zan16s* pp = part;
+                Zan32s part[16];
+                Zan32s* pp = part;
                 if (!residual_block(br, t, nc_luma(4 * b8 + k), 16, g_identity, &pp, total, err)) return false;
                 mb.total[4 * b8 + k] = static_cast<std::uint8_t>(total);
                 if (total) {
@@ -518,8 +518,8 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
             br.to_cursor(&word, &bit);
             Zan16s n = 0;
             const ZanStatus st =
-                cfi == 1 ? zaniDecodeCAVLCChromaDcCoeffs_H264_1u16s(&word, &bit, &n, &cur, t.tokenDc420, t.tz420, t.rb)
-                         : zaniDecodeCAVLCChroma422DcCoeffs_H264_1u16s(&word, &bit, &n, &cur, t.tokenDc422, t.tz422,
+                cfi == 1 ? zaniDecodeCAVLCChromaDcCoeffs_H264_1u32s(&word, &bit, &n, &cur, t.tokenDc420, t.tz420, t.rb)
+                         : zaniDecodeCAVLCChroma422DcCoeffs_H264_1u32s(&word, &bit, &n, &cur, t.tokenDc422, t.tz422,
                                                                         t.rb);
             if (st != zanStsOk) return err = "invalid CAVLC code in a chroma DC block", false;
             br.from_cursor(word, bit);

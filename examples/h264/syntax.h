@@ -68,8 +68,8 @@ struct Macroblock {
     int qp = 0;                 // QP_Y
     std::uint32_t pattern = 0;  // the library's coded-block pattern word
     std::uint32_t cpat[2] = {0, 0};  // 4:2:2 chroma per plane: bit 0 DC, 1.. AC
-    std::int16_t luma[16 + 256];
-    std::int16_t chroma[2 * 8 + 2 * 8 * 16];
+    Zan32s luma[16 + 256];
+    Zan32s chroma[2 * 8 + 2 * 8 * 16];
     int luma_used = 0, chroma_used = 0;        // entries packed
     std::uint8_t total[16];                   // luma 4x4 totals by coding index
     std::uint8_t total_c[2][8];               // chroma AC totals by block

@@ -95,6 +95,17 @@ run c422_nodb  testsrc2   176x144 2 "8x8dct=0:no-deblock=1" -qp 30
 run c422_db    mandelbrot 200x120 2 "8x8dct=0:deblock=1,-1:chroma-qp-offset=4" -qp 36
 run c422_t8    testsrc2   200x120 2 "8x8dct=1:slices=3" -qp 20
 run c422_lossl mandelbrot 176x144 1 "8x8dct=1" -qp 0
+
+# 10-bit samples, 4:2:0 and 4:2:2 (written as 16-bit little-endian).
+pixfmt=yuv420p10le
+run p10_nodb   testsrc2   176x144 2 "8x8dct=0:no-deblock=1" -qp 24
+run p10_t8     mandelbrot 200x120 2 "8x8dct=1:slices=3:deblock=2,-1:chroma-qp-offset=-4" -qp 33
+run p10_lowqp  testsrc2   176x144 1 "8x8dct=1" -qp 2
+run p10_lossl  testsrc2   176x144 1 "8x8dct=0" -qp 0
+pixfmt=yuv422p10le
+run p10_422    mandelbrot 200x120 2 "8x8dct=1:chroma-qp-offset=3" -qp 28
+run p10_422n   testsrc2   176x144 2 "8x8dct=0:no-deblock=1" -qp 12
+run p10_422l   testsrc2   176x144 1 "8x8dct=1" -qp 0
 pixfmt=yuv420p
 
 # Streams to refuse: exit status 1 with a message, never a crash.
