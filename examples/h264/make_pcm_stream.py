@@ -3,7 +3,8 @@
 macroblocks that carry no residual (a checkerboard), with the loop filter on,
 so that I_PCM samples, their QP of 0 in the filter and the nC of 16 they give
 their neighbours are all exercised.  libx264 never writes I_PCM.
-Usage: make_pcm_stream.py OUT.264 [width_mbs height_mbs qp]"""
+Usage: make_pcm_stream.py OUT.264 [width_mbs height_mbs qp [filter_idc slices]]
+filter_idc: 0 filter everywhere, 1 no filter, 2 not across slice borders."""
 import sys
 
 
@@ -55,6 +56,7 @@ def nal(ref_idc, kind, payload):
 def main():
     path = sys.argv[1]
     w, h, qp = (int(a) for a in sys.argv[2:5]) if len(sys.argv) > 4 else (5, 4, 38)
+    idc, nslices = (int(a) for a in sys.argv[5:7]) if len(sys.argv) > 6 else (0, 1)
     sps = Bits()
     sps.u(8, 66); sps.u(8, 0); sps.u(8, 30); sps.ue(0)
     sps.ue(0); sps.ue(2); sps.ue(0); sps.u(1, 0)
@@ -63,20 +65,28 @@ def main():
     pps.ue(0); pps.ue(0); pps.u(1, 0); pps.u(1, 0); pps.ue(0); pps.ue(0); pps.ue(0)
     pps.u(1, 0); pps.u(2, 0); pps.se(qp - 26); pps.se(0); pps.se(2)
     pps.u(1, 1); pps.u(1, 0); pps.u(1, 0)
-    sl = Bits()
-    sl.ue(0); sl.ue(7); sl.ue(0); sl.u(4, 0); sl.ue(0)
-    sl.u(1, 0); sl.u(1, 0)  # dec_ref_pic_marking of an IDR picture
-    sl.se(0); sl.ue(0); sl.se(2); sl.se(1)  # QP delta, loop filter on, offsets
+    stream = nal(3, 7, sps.rbsp()) + nal(3, 8, pps.rbsp())
+    n = w * h
+    bounds = [n * k // nslices for k in range(nslices + 1)]
     total = {}
-    for y in range(h):
-        for x in range(w):
+    for k in range(nslices):
+        sl = Bits()
+        sl.ue(bounds[k]); sl.ue(7); sl.ue(0); sl.u(4, 0); sl.ue(0)
+        sl.u(1, 0); sl.u(1, 0)  # dec_ref_pic_marking of an IDR picture
+        sl.se(2 * k)  # slice QP delta
+        sl.ue(idc)
+        if idc != 1:
+            sl.se(2); sl.se(1)  # filter offsets
+        total = {}  # neighbours in other slices are not available
+        for addr in range(bounds[k], bounds[k + 1]):
+            x, y = addr % w, addr // w
             if (x + y) % 2 == 0:
                 sl.ue(25)
                 sl.align()
                 for i in range(256):
-                    sl.u(8, 1 + (17 * x + 29 * y + 7 * (i % 16) + 5 * (i // 16)) % 250)
+                    sl.u(8, 60 + 9 * x + 7 * y + (i % 16) // 3 + (i // 16) // 5)
                 for i in range(128):
-                    sl.u(8, 1 + (90 + 13 * x - 11 * y + 3 * i) % 250)
+                    sl.u(8, 100 + 5 * x - 4 * y + (i % 8) // 3 + (i // 64) * 9)
                 total[(x, y)] = 16
             else:
                 sl.ue(1 + 2)  # Intra 16x16, DC prediction, no coded blocks
@@ -86,8 +96,9 @@ def main():
                 nc = (a + b + 1) >> 1 if a is not None and b is not None else a if a is not None else b if b is not None else 0
                 sl.code("1" if nc < 2 else "11" if nc < 4 else "1111" if nc < 8 else "000011")
                 total[(x, y)] = 0
+        stream += nal(3, 5, sl.rbsp())
     with open(path, "wb") as f:
-        f.write(nal(3, 7, sps.rbsp()) + nal(3, 8, pps.rbsp()) + nal(3, 5, sl.rbsp()))
+        f.write(stream)
 
 
 main()

@@ -78,12 +78,13 @@ run slices4x   mandelbrot 176x144 2 "8x8dct=0:slices=4:deblock=1,1" -qp 34
 run crop       testsrc2   200x120 2 "8x8dct=1:slices=3" -qp 27
 run crop_nodb  mandelbrot 200x120 2 "8x8dct=0:no-deblock=1" -qp 20
 
-# I_PCM beside Intra 16x16 macroblocks, loop filter on (a written stream:
-# libx264 never codes I_PCM).
+# I_PCM beside Intra 16x16 macroblocks, in one or several slices, with the
+# loop filter on everywhere, off, or not across slice borders (a written
+# stream: libx264 never codes I_PCM nor that last filter setting).
 if command -v python3 >/dev/null 2>&1; then
-    for geo in "5 4 38" "4 3 24"; do
-        set -- $geo
-        python3 "$(dirname "$0")/make_pcm_stream.py" "$tmp/pcm_$1x$2.264" "$1" "$2" "$3" && check "pcm_$1x$2"
+    for geo in "5 4 38 0 1" "4 3 24 0 1" "6 5 44 0 3" "6 5 44 2 3" "6 5 44 1 2" "7 4 30 2 4"; do
+        name=pcm_$(echo "$geo" | tr ' ' '_')
+        python3 "$(dirname "$0")/make_pcm_stream.py" "$tmp/$name.264" $geo && check "$name"
     done
 else
     echo "python3 not found: I_PCM streams skipped"
