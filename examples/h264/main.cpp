@@ -55,6 +55,8 @@ struct Decoder {
             open = true;
             frame_num = sh.frame_num;
         }
+        if (!pic.same_format(sps)) return err = "parameter sets changed inside a picture", false;
+        pic.use_pps(pps);
         const int id = static_cast<int>(slices.size());
         slices.push_back({sh.disable_deblocking, sh.alpha_offset, sh.beta_offset});
         int qp = sh.qp;

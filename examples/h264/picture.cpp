@@ -182,6 +182,11 @@ bool Picture::init(const Sps& sps, const Pps& pps) {
     total_.assign(mode_.size(), 0);
     total_c_[0].assign(static_cast<std::size_t>(2 * cbh_ * mbw_ * mbh_), 0);
     total_c_[1] = total_c_[0];
+    use_pps(pps);
+    return true;
+}
+
+void Picture::use_pps(const Pps& pps) {
     chroma_qp_offset_[0] = pps.chroma_qp_offset[0];
     chroma_qp_offset_[1] = pps.chroma_qp_offset[1];
     for (int l = 0; l < 3; ++l)
@@ -195,7 +200,6 @@ bool Picture::init(const Sps& sps, const Pps& pps) {
             const int pos = kZigzag8x8[k];
             ls8_[m][pos] = static_cast<Zan16s>(pps.scaling8x8[0][k] * norm8(m, pos));
         }
-    return true;
 }
 
 void Picture::neighbours(int addr, int slice, NeighbourInfo& nb) const {

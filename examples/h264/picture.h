@@ -21,6 +21,14 @@ struct SliceFilter {
 class Picture {
 public:
     bool init(const Sps& sps, const Pps& pps);
+    // Takes the scaling lists and chroma QP offsets of a slice's PPS.
+    void use_pps(const Pps& pps);
+    // Whether a slice of this SPS may continue the picture.
+    bool same_format(const Sps& sps) const {
+        return sps.mb_width == mbw_ && sps.mb_height == mbh_ && sps.chroma_format_idc == sps_.chroma_format_idc &&
+               sps.bit_depth_luma == sps_.bit_depth_luma && sps.bit_depth_chroma == sps_.bit_depth_chroma &&
+               sps.transform_bypass == sps_.transform_bypass;
+    }
     // Neighbour facts for the parser, for the macroblock at addr in slice.
     void neighbours(int addr, int slice, NeighbourInfo& nb) const;
     bool reconstruct(int addr, int slice, const Macroblock& mb, const Pps& pps, std::string& err);
