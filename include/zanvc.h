@@ -2250,7 +2250,8 @@ ZanStatus zaniExpandPlane_H264_8u_C1R(Zan8u* pSrcDst, Zan32u width, Zan32u heigh
  * members).  Only coded blocks are present, one after another, each in
  * raster order of its positions: luma DC (16, Intra 16x16 only), luma 4x4
  * blocks (16 each) or 8x8 blocks (64 each) in coding order, U DC, V DC
- * (4 each for 4:2:0, 8 for 4:2:2, in coded order), U AC blocks, V AC blocks
+ * (4 each for 4:2:0; 8 for 4:2:2 in raster order of four rows by two
+ * columns, as zaniDecodeCAVLCChroma422DcCoeffs_H264_* lays them), U AC blocks, V AC blocks
  * (16 each, position 0 unused).  The pointer is moved past what was used, and
  * the array is overwritten with dequantised values and residuals.  It is
  * not moved on any failure.

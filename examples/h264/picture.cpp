@@ -349,19 +349,6 @@ bool Picture::recon_mb(P* y, P* u, P* v, const Macroblock& mb, const MbInfo& in,
     const bool chroma_dpcm = bypass && (mb.chroma_mode == 1 || mb.chroma_mode == 2);
     const bool c422 = mbch_ == 16;
     const int qpc[2] = {in.qpc[0] + qp_bd_c_, in.qpc[1] + qp_bd_c_};  // QP'C
-    if (c422) {
-        // The residual decoder leaves 4:2:2 DC values in raster order; the
-        // reconstruction takes them in coded order.
-        static const int kScan422[8] = {0, 2, 1, 4, 6, 3, 5, 7};
-        C* p = ccoef;
-        for (int c = 0; c < 2; ++c)
-            if (mb.cpat[c] & 1) {
-                C t[8];
-                for (int k = 0; k < 8; ++k) t[k] = p[kScan422[k]];
-                for (int k = 0; k < 8; ++k) p[k] = t[k];
-                p += 8;
-            }
-    }
     ZanReconstructRecord rec[2];
     P* const uv[2] = {u, v};
     for (int c = 0; c < 2; ++c)

@@ -268,9 +268,6 @@ struct ChromaPlane {
     Zan16s dcScale;  // 4:2:2: the DC stage's scale
 };
 
-// Raster position of each coded 4:2:2 chroma DC value.
-constexpr int kChromaDc422RasterScan[8] = {0, 2, 1, 4, 6, 3, 5, 7};
-
 // The residual of both chroma planes: U DC, V DC, U AC blocks, V AC blocks
 // in the stream.  blocks: 4 (4:2:0) or 8 (4:2:2).
 template <class D>
@@ -286,8 +283,10 @@ void chroma_residual(typename D::C** cursor, ChromaPlane<D>* pl, int blocks) {
             if (!P.bypass) d.chroma_dc(c, P.qp, P.q);
             for (int i = 0; i < 4; ++i) dcs[k][i] = c[i];
         } else {
+            // The 4:2:2 DC values come in raster order of four rows by two
+            // columns, as the CAVLC decoder lays them.
             C r[8];
-            for (int i = 0; i < 8; ++i) r[kChromaDc422RasterScan[i]] = c[i];
+            for (int i = 0; i < 8; ++i) r[i] = c[i];
             if (!P.bypass) d.chroma_dc422(r, P.qp, &P.dcScale);
             for (int i = 0; i < 8; ++i) c[i] = dcs[k][i] = r[i];
         }

@@ -848,10 +848,9 @@ void chroma_case(Rand& r, const ChromaCase& cc, int iter) {
                              c[0] - c[1] - c[2] + c[3]};
                 for (int i = 0; i < 4; ++i) f[i] = bypass[k] ? c[i] : ((t[i] * ls[k][0]) << (qp[k] / 6)) >> 5;
             } else {
-                // coded order to the 4x2 matrix of clause 8.5.11.1: c0 c2 / c1 c5 / c3 c6 / c4 c7
-                const int pos[8] = {0, 2, 1, 5, 3, 6, 4, 7};
+                // the 4x2 matrix of clause 8.5.11.1, given in raster order
                 long x[8];
-                for (int i = 0; i < 8; ++i) x[i] = c[pos[i]];
+                for (int i = 0; i < 8; ++i) x[i] = c[i];
                 const int A[4][4] = {{1, 1, 1, 1}, {1, 1, -1, -1}, {1, -1, -1, 1}, {1, -1, 1, -1}};
                 for (int i = 0; i < 4; ++i)
                     for (int j = 0; j < 2; ++j) {
