@@ -2544,6 +2544,83 @@ ZanStatus zaniEncodeCoeffsCAVLCChromaDC2x4_H264_32s(const Zan32s* pSrc, Zan8u* p
 
 /* ==== filters263: H.261, H.263 and MPEG-4 block filters ==== */
 
+/* H.261 loop filter of one 8x8 block, pSrc to pDst.  Separable [1 2 1]: along
+ * each row r(x) = p(x-1) + 2 p(x) + p(x+1) for x = 1..6, r(0) = 4 p(0),
+ * r(7) = 4 p(7); then the same down each column of r (rows 0 and 7 times 4),
+ * and out = (value + 8) >> 4.  Reads and writes only the two 8x8 blocks; the
+ * whole source is read before anything is written.  Checks: a null pointer
+ * gives zanStsNullPtr (-8); steps are not checked. */
+ZanStatus zaniFilter8x8_H261_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep);
+
+/* H.263 deblocking filter, in place.  pSrcDst points at the first sample
+ * after the edge: the first row below a horizontal edge (HorEdge, lines are
+ * columns), the first column right of a vertical edge (VerEdge, lines are
+ * rows).  On each line A, B are the two samples before the edge and C, D the
+ * two after it (only these four are read and written):
+ *   d  = (A - 4B + 4C - D) / 8, truncated toward zero;
+ *   d1 = sign(d) * max(0, |d| - max(0, 2 (|d| - S))), S = strength[QP] with
+ *        strength = 0,1,1,2,2,3,3,4,4,4,5,5,6,6,7,7,7,8,8,8,9,9,9,10,10,10,
+ *        11,11,11,12,12,12 (index 0..31);
+ *   B' = clamp(B + d1), C' = clamp(C - d1) to 0..255;
+ *   d2 = (A - D) / 4 truncated toward zero, limited to +-(|d1| >> 1);
+ *   A' = clamp(A - d2), D' = clamp(D + d2).
+ * The 8x8 forms filter 8 lines; checks: null pSrcDst -8, then QP below 1 or
+ * above 31 gives zanStsQpBad (-192).  The 16x16 forms filter 16 lines with
+ * d1 = d (no strength limit) and check only the pointer (-8).  Steps are not
+ * checked and may be zero or negative. */
+ZanStatus zaniFilterDeblocking8x8HorEdge_H263_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s QP);
+ZanStatus zaniFilterDeblocking8x8VerEdge_H263_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s QP);
+ZanStatus zaniFilterDeblocking16x16HorEdge_H263_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep);
+ZanStatus zaniFilterDeblocking16x16VerEdge_H263_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep);
+
+/* H.263 block-boundary filter over 16 lines, in place.  With a the sample
+ * before the edge and b = pSrcDst[0] the one after it:
+ *   a' = (3a + b + 2) >> 2, b' = (a + 3b + 2) >> 2.
+ * Only a and b are read and written.  Checks: null pSrcDst -8. */
+ZanStatus zaniFilterBlockBoundaryHorEdge_H263_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep);
+ZanStatus zaniFilterBlockBoundaryVerEdge_H263_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep);
+
+/* MPEG-4 post-processing deblocking across an edge of 8 lines, in place.  On
+ * each line v0..v9 are ten samples across the edge, v5 = pSrcDst[0]; v0..v9
+ * are read, v1..v8 may be written.  eq_cnt counts the nine neighbour pairs
+ * with |v(i) - v(i+1)| <= THR1.
+ * - eq_cnt >= THR2 (DC-offset mode): only if max(v1..v8) - min(v1..v8) <
+ *   2 QP, each of v1..v8 becomes (sum over k = -4..4 of b(k) p(n+k) + 8) >> 4
+ *   with b = 1,1,2,2,4,2,2,1,1, p(m) = v(m) for m in 1..8, p(m) for m < 1 is
+ *   v0 if |v0 - v1| < QP else v1, p(m) for m > 8 is v9 if |v8 - v9| < QP else
+ *   v8; otherwise the line is left as it is.
+ * - else (default mode): a0, a1, a2 = (2 -5 5 -2) applied to v3..v6, v1..v4,
+ *   v5..v8, each divided by 8 rounding halves away from zero; a0' = sign(a0)
+ *   min(|a0|, |a1|, |a2|); d = 5 (a0' - a0) / 8 rounded the same way, limited
+ *   to the range between 0 and (v4 - v5) / 2 (truncated toward zero), and 0
+ *   unless |a0| < QP; v4 -= d, v5 += d.
+ * Checks: null pSrcDst -8, QP below 1 or above 31 -192.  THR1 and THR2 are
+ * not checked (any value works as the comparisons say). */
+ZanStatus zaniFilterDeblocking8x8HorEdge_MPEG4_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s QP, Zan32s THR1,
+                                                        Zan32s THR2);
+ZanStatus zaniFilterDeblocking8x8VerEdge_MPEG4_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s QP, Zan32s THR1,
+                                                        Zan32s THR2);
+
+/* MPEG-4 deringing thresholds of one macroblock: for each of the six 8x8
+ * blocks (luma at (0,0), (8,0), (0,8), (8,8) of pSrcY, then Cb, then Cr)
+ * threshold = (max + min + 1) / 2 and range = max - min.  Every luma block
+ * whose range is below 32 takes the threshold of the luma block with the
+ * largest range (the first in block order at ties); chroma thresholds stand.
+ * pThreshold receives 6 values.  Checks: any null pointer -8. */
+ZanStatus zaniFilterDeringingThreshold_MPEG4_8u_P3R(const Zan8u* pSrcY, Zan32s srcStepY, const Zan8u* pSrcCb,
+                                                     Zan32s srcStepCb, const Zan8u* pSrcCr, Zan32s srcStepCr,
+                                                     Zan32s* pThreshold);
+
+/* MPEG-4 deringing of one 8x8 block, pSrc to pDst.  QP 1 copies the block
+ * (reads only the 8x8 source).  Otherwise the source is read with one sample
+ * around it (10x10, from pSrc - srcStep - 1): a sample's index is 1 when it
+ * is >= threshold, else 0; where the nine indices of the 3x3 window around an
+ * output sample agree, it becomes f = (sum of [1 2 1; 2 4 2; 1 2 1] weighted
+ * samples + 8) >> 4, limited to the source sample +- QP / 2; other samples
+ * are copied.  Checks: null pointer -8, QP below 1 or above 31 -192. */
+ZanStatus zaniFilterDeringingSmooth8x8_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                                     Zan32s QP, Zan32s threshold);
+
 /* ==== end of filters263 ==== */
 
 /* ==== resample263: H.263 resampling ==== */
