@@ -2629,6 +2629,54 @@ ZanStatus zaniFilterDeringingSmooth8x8_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s sr
 
 /* ==== mpeg4pred: MPEG-4 prediction tools ==== */
 
+/* Quarter-sample copies of an 8x8, 16x8 or 16x16 block.  acc is taken modulo
+ * 16 and holds fx + 4 * fy, the quarter-sample position in x and y; rounding
+ * counts by its low bit (the rounding control).  acc 0 copies the block.
+ * Otherwise the eight-tap half-sample filter (-1, 3, -6, 20, 20, -6, 3, -1),
+ * with (sum + 16 - rounding) >> 5 clamped to 0..255, runs first along the
+ * rows 0..height of the source (one row more than the block when fy is not
+ * 0), then down the columns of that result; quarter positions average a
+ * half-sample value with its nearer whole (or horizontally interpolated)
+ * sample as (a + b + 1 - rounding) >> 1.  Samples beyond the fetched block
+ * (columns 0..width, rows 0..height) are mirrored at its edges: column -1 reads
+ * 0, -2 reads 1, -3 reads 2; column width + 1 reads width, and so on.  Reads
+ * at most (width + 1) x (height + 1) samples from pSrc.  Steps are not
+ * checked (any value, also zero or negative).
+ * Checks: pSrc or pDst null: zanStsNullPtr. */
+ZanStatus zaniCopy8x8QP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                                     Zan32s rounding);
+ZanStatus zaniCopy16x8QP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                                      Zan32s rounding);
+ZanStatus zaniCopy16x16QP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                       Zan32s acc, Zan32s rounding);
+
+/* Overlapped-block motion compensation of the block at pSrc (8x8 or 16x16)
+ * into pDst.  A motion vector is two Zan16s, x then y, relative to the block.
+ * Half-sample forms: a vector moves the source by (x >> 1) + (y >> 1) rows
+ * and columns and the half-sample copy (acc = 2 * (y & 1) + (x & 1), with
+ * rounding) predicts.  The quarter-sample form moves by (x >> 2, y >> 2) and
+ * predicts each whole 8x8 block with zaniCopy8x8QP_MPEG4_8u_C1R at acc =
+ * (x & 3) + 4 * (y & 3).  The left and right neighbours' predictions are used
+ * in the left and right halves of the block, the above and below ones' in
+ * the top and bottom halves; a neighbour whose vector equals the current
+ * one's reuses the current prediction.  Each output sample is
+ * (H0 * current + H1 * above-or-below + H2 * left-or-right + 4) >> 3, with the
+ * weighting windows of overlapped compensation (each position's weights sum
+ * to 8); the 16x16 form doubles every 8x8 weight in both directions.  The
+ * reads of each vector's prediction follow the copy it uses.  Steps are not
+ * checked.
+ * Checks: pSrc or pDst null: zanStsNullPtr; the vector pointers are not
+ * checked. */
+ZanStatus zaniOBMC8x8HP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                     const Zan16s* pMVCur, const Zan16s* pMVLeft, const Zan16s* pMVRight,
+                                     const Zan16s* pMVAbove, const Zan16s* pMVBelow, Zan32s rounding);
+ZanStatus zaniOBMC16x16HP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                       const Zan16s* pMVCur, const Zan16s* pMVLeft, const Zan16s* pMVRight,
+                                       const Zan16s* pMVAbove, const Zan16s* pMVBelow, Zan32s rounding);
+ZanStatus zaniOBMC8x8QP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                     const Zan16s* pMVCur, const Zan16s* pMVLeft, const Zan16s* pMVRight,
+                                     const Zan16s* pMVAbove, const Zan16s* pMVBelow, Zan32s rounding);
+
 /* ==== end of mpeg4pred ==== */
 
 /* ==== vc1interp: VC-1 interpolation and range mapping ==== */

@@ -1,0 +1,72 @@
+// MPEG-4 prediction tools: quarter-sample block copies and overlapped-block
+// motion compensation (OBMC).  Kernel signatures, the OBMC weight windows,
+// and the catalogues of kernels that each path offers to the checker and the
+// benchmarks.
+//
+// Quarter-sample position of a copy: acc = fx + 4 * fy, fx and fy in 0..3.
+// A copy of an N wide, M high block reads the samples (0..N, 0..M) from its
+// source (the block and one column and one row beyond it) and nothing else;
+// the eight-tap half-sample filter mirrors those samples at their own edges:
+// to the left of column 0 it reads columns 0, 1, 2, to the right of column N
+// it reads columns N, N - 1, N - 2 (rows alike).
+#pragma once
+
+#include <array>
+
+#include "common/kernel_pair.h"
+#include "zanvc.h"
+
+namespace zan::mpeg4pred {
+
+// Quarter-sample copy of a fixed block size; acc in 0..15 with fx or fy
+// non-zero, rounding 0 or 1.
+using CopyQPFn = void (*)(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc,
+                          Zan32s rounding);
+// OBMC mixing of an 8x8 (or 16x16) block: cur, leftRight and aboveBelow are
+// packed blocks with a row of 8 (or 16) bytes.  leftRight holds the left
+// neighbour's prediction in its left half and the right neighbour's in its
+// right half; aboveBelow the above neighbour's in its top half and the
+// below one's in its bottom half.
+using SumOBMCFn = void (*)(const Zan8u* cur, const Zan8u* leftRight, const Zan8u* aboveBelow, Zan8u* pDst,
+                           Zan32s dstStep);
+
+// The three 8x8 weighting windows: current, above/below, left/right.  Each
+// position's three weights sum to 8.
+inline constexpr Zan16u kOBMC8x8Weights[3][64] = {
+    {4, 5, 5, 5, 5, 5, 5, 4,  5, 5, 5, 5, 5, 5, 5, 5,  5, 5, 6, 6, 6, 6, 5, 5,  5, 5, 6, 6, 6, 6, 5, 5,
+     5, 5, 6, 6, 6, 6, 5, 5,  5, 5, 6, 6, 6, 6, 5, 5,  5, 5, 5, 5, 5, 5, 5, 5,  4, 5, 5, 5, 5, 5, 5, 4},
+    {2, 2, 2, 2, 2, 2, 2, 2,  1, 1, 2, 2, 2, 2, 1, 1,  1, 1, 1, 1, 1, 1, 1, 1,  1, 1, 1, 1, 1, 1, 1, 1,
+     1, 1, 1, 1, 1, 1, 1, 1,  1, 1, 1, 1, 1, 1, 1, 1,  1, 1, 2, 2, 2, 2, 1, 1,  2, 2, 2, 2, 2, 2, 2, 2},
+    {2, 1, 1, 1, 1, 1, 1, 2,  2, 2, 1, 1, 1, 1, 2, 2,  2, 2, 1, 1, 1, 1, 2, 2,  2, 2, 1, 1, 1, 1, 2, 2,
+     2, 2, 1, 1, 1, 1, 2, 2,  2, 2, 1, 1, 1, 1, 2, 2,  2, 2, 1, 1, 1, 1, 2, 2,  2, 1, 1, 1, 1, 1, 1, 2},
+};
+
+// The 16x16 windows: every 8x8 weight doubled in both directions.
+struct Weights16 {
+    Zan16u w[3][256];
+};
+constexpr Weights16 make_weights16() {
+    Weights16 t{};
+    for (int k = 0; k < 3; ++k)
+        for (int y = 0; y < 16; ++y)
+            for (int x = 0; x < 16; ++x) t.w[k][y * 16 + x] = kOBMC8x8Weights[k][(y >> 1) * 8 + (x >> 1)];
+    return t;
+}
+inline constexpr Weights16 kOBMC16x16Weights = make_weights16();
+
+// Catalogue.  copyQP: width x height blocks, param unused (every acc 1..15
+// and both roundings are drawn).  sumOBMC: width 8 or 16.
+struct Kernels {
+    KernelList<CopyQPFn> copyQP;
+    KernelList<SumOBMCFn> sumOBMC;
+};
+
+}  // namespace zan::mpeg4pred
+
+#define ZAN_MPEG4PRED_DECLS(P)                          \
+    namespace zan::P::mpeg4pred {                       \
+    extern const zan::mpeg4pred::Kernels kernels;       \
+    }
+ZAN_MPEG4PRED_DECLS(u8)
+ZAN_MPEG4PRED_DECLS(n8)
+#undef ZAN_MPEG4PRED_DECLS
