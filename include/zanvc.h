@@ -2625,6 +2625,58 @@ ZanStatus zaniFilterDeringingSmooth8x8_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s sr
 
 /* ==== resample263: H.263 resampling ==== */
 
+/* 2:1 up- and downsampling, the PB-frame backward prediction.  Steps are
+ * byte distances between rows (also for Zan16s samples) and are not checked:
+ * zero and negative steps are legal.  A failed check writes nothing.
+ *
+ * zaniUpsampleFour_H263_8u_C1R: roiSize is the source size; the destination
+ * is 2*width by 2*height.  Output (X, Y) takes the source sample a at
+ * (X/2, Y/2), its horizontal neighbour b on the side of X (left for even X,
+ * right for odd X), its vertical neighbour c on the side of Y and the
+ * diagonal d: (9a + 3b + 3c + d + 7 + (rounding & 1)) >> 4.  A neighbour
+ * outside the source is the nearest edge sample when fillColor is -1, else
+ * the low byte of fillColor.  Reads exactly the source region.
+ * Checks: null (-8); width or height below 4 or odd (-6). */
+ZanStatus zaniUpsampleFour_H263_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, ZaniSize roiSize, Zan8u* pDst,
+                                       Zan32s dstStep, Zan32s rounding, Zan32s fillColor);
+
+/* roiSize is the source size; the destination is width/2 by height/2
+ * (truncated: an odd last column or row is not read).  Output (x, y) is
+ * (a + b + c + d + 1 + (rounding & 1)) >> 2 over the source square at
+ * (2x, 2y).  Checks: null (-8); width or height below 1 (-6). */
+ZanStatus zaniDownsampleFour_H263_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, ZaniSize roiSize, Zan8u* pDst,
+                                         Zan32s dstStep, Zan32s rounding);
+
+/* roiSize is the source size.  interpType 3: the upsampling above with
+ * rounding 1 and edge replication (destination 2*width by 2*height).
+ * interpType 2: vertical doubling (width by 2*height): output row 2y is
+ * (3 s[y] + s[y-1] + 2) >> 2, row 2y+1 is (3 s[y] + s[y+1] + 2) >> 2, rows
+ * beyond the source replicated.  Any other value: the same along rows
+ * (2*width by height).  Checks: null (-8); width or height below 4 or odd
+ * (-6). */
+ZanStatus zaniSpatialInterpolation_H263_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, ZaniSize roiSize,
+                                               Zan8u* pDst, Zan32s dstStep, Zan32s interpType);
+
+/* 8x8 Zan16s block to 16x16 with the weights of zaniUpsampleFour_H263_8u_C1R,
+ * (9a + 3b + 3c + d + 8) >> 4 (arithmetic shift), neighbours outside the block
+ * replicated from its edge.  Checks: null (-8). */
+ZanStatus zaniUpsampleFour8x8_H263_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep);
+
+/* 16x16 Zan16s block to 8x8: (a + b + c + d + 2) >> 2 in 32 bits (arithmetic
+ * shift), saturated to Zan16s.  Checks: null (-8). */
+ZanStatus zaniDownsampleFour16x16_H263_16s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst,
+                                               Zan32s dstStep);
+
+/* PB-frame backward prediction, in place on roiSize samples of pSrcDst.
+ * position 0: r = s(x, y); 1 (half sample down): (s(x, y) + s(x, y+1) + 1) >> 1;
+ * 2 (half sample right): (s(x, y) + s(x+1, y) + 1) >> 1; 3: the four samples
+ * (a + b + c + d + 2) >> 2.  Each destination sample d becomes (d + r) >> 1.
+ * Reads one extra column and/or row of pSrc at positions 1 to 3.  position is
+ * not checked: it must be 0 to 3.  Checks: null (-8); width or height below
+ * 1 (-6). */
+ZanStatus zaniAddBackPredPB_H263_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, ZaniSize roiSize, Zan8u* pSrcDst,
+                                        Zan32s srcDstStep, Zan32s position);
+
 /* ==== end of resample263 ==== */
 
 /* ==== mpeg4pred: MPEG-4 prediction tools ==== */
