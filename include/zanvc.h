@@ -2540,6 +2540,119 @@ ZanStatus zaniEncodeCoeffsCAVLCChromaDC2x4_H264_32s(const Zan32s* pSrc, Zan8u* p
 
 /* ==== cabac: H.264 CABAC encoder ==== */
 
+/* The CABAC coder record: 504 bytes.  Its fields are private to the library
+ * but stable.  The coder writes its stream as 32-bit big-endian words straight
+ * into the caller's buffer; the word being filled is stored whole after every
+ * bin, its bits not yet final at zero, and a carry out of the low register
+ * raises the bytes already written.
+ *   pStreamWord     the word of the buffer now being filled
+ *   pStreamBase     start of the buffer, as the caller gave it
+ *   pStreamEnd      first word that may not be entered: base plus
+ *                   (size - 4) rounded up to a multiple of 4
+ *   low             low register; its low 10 bits are kept between bins
+ *   range           range register, 510 at the start, 256..510 after a bin
+ *   bitCount        free bits of currentWord (the next bit goes to bit
+ *                   bitCount - 1); 0 when the word is full
+ *   currentWord     the word being filled as a number, first bit in bit 31
+ *   startBitOffset  the bit offset given at init, for the size report
+ *   contexts        one byte per ctxIdx 0..459: bits 0..5 pStateIdx, bit 6
+ *                   valMPS, bit 7 zero; byte 276 (end_of_slice) holds 63 */
+typedef struct ZanCABACState {
+    Zan32u* pStreamWord;
+    Zan8u* pStreamBase;
+    Zan32u* pStreamEnd;
+    Zan32u low;
+    Zan32u range;
+    Zan32u bitCount;
+    Zan32u currentWord;
+    Zan32u startBitOffset;
+    Zan8u contexts[460];
+} ZanCABACState;
+
+/* Stores the size of the record, 504.  zanStsNullPtr if pSize is null. */
+ZanStatus zaniCABACGetSize_H264(Zan32u* pSize);
+
+/* Prepares a caller-owned record to encode into pBitStream from bit
+ * bitOffset (counted from the first byte's most significant bit) in a buffer
+ * of streamSize bytes.  Checks in order: null pointers (-8); cabacInitIdc
+ * outside -1..2 (zanStsOutOfRange); streamSize 0 (zanStsSizeBad); pBitStream
+ * not a multiple of 4: the POSITIVE status zanStsMisalignedBuf (2), nothing
+ * done.  Then: a partial byte at bitOffset gets its remaining low bits set to
+ * 1 (cabac_alignment_one_bit); coding starts at the next whole byte.  The
+ * word that holds the byte before that one is read (for bitOffset 0 that is
+ * the 4 bytes BEFORE pBitStream, which must be readable and writable: the
+ * coder stores them back unchanged).  Contexts: sliceQP is clamped to 0..51;
+ * cabacInitIdc -1 (I and SI slices) sets ctxIdx 0..10 and 60..459,
+ * 0..2 sets 11..459 from that column; the rest stay as they were; ctxIdx 276
+ * is always 63. */
+ZanStatus zaniCABACInit_H264(ZanCABACState* pCabacState, Zan8u* pBitStream, Zan32u bitOffset,
+                             Zan32u streamSize, Zan32s sliceQP, Zan32s cabacInitIdc);
+
+/* As zaniCABACInit_H264 on a record from zanMalloc, stored at *ppCabacState.
+ * The arguments are checked as at init before anything is allocated (a
+ * misaligned buffer returns 2 with nothing allocated); zanStsAllocFailed (-4)
+ * if the allocator returns nothing.  Free with zaniCABACFree_H264. */
+ZanStatus zaniCABACInitAlloc_H264(ZanCABACState** ppCabacState, Zan8u* pBitStream, Zan32u bitOffset,
+                                  Zan32u streamSize, Zan32s sliceQP, Zan32s cabacInitIdc);
+
+/* Releases a record from zaniCABACInitAlloc_H264 with zanFree.
+ * zanStsNullPtr if it is null. */
+ZanStatus zaniCABACFree_H264(ZanCABACState* pCabacState);
+
+/* Moves encoding to a larger buffer into which the caller has already copied
+ * the bytes written so far (the library moves no data).  Checks: null
+ * pointers (-8), streamSize 0 (-6), pBitStream not a multiple of 4 (2).
+ * zanStsSizeBad, nothing changed, if the new end word is at or below the new
+ * word position or the new buffer is not longer than the old one. */
+ZanStatus zaniCABACSetStream_H264(Zan8u* pBitStream, Zan32u streamSize, ZanCABACState* pCabacState);
+
+/* Bits written so far: 32 - bitCount + 8 * (pStreamWord - pStreamBase), or 0
+ * when that is -1, and never less than the start offset rounded up to whole
+ * bytes.  zanStsNullPtr on null pointers. */
+ZanStatus zaniCABACGetStreamSize_H264(Zan32u* pBitCount, const ZanCABACState* pCabacState);
+
+/* Copies count context bytes from firstCtx on to pDst.  Null pointers (-8);
+ * firstCtx + count above 460: zanStsOutOfRange. */
+ZanStatus zaniCABACGetContexts_H264(const ZanCABACState* pCabacState, Zan32u firstCtx, Zan8u* pDst,
+                                    Zan32u count);
+
+/* Encodes one bin with context ctxIdx and adapts the context (ctxIdx 276,
+ * the end_of_slice_flag, does not adapt).  Checks: null record (-8); bin
+ * above 1 or ctxIdx at 460 or above: zanStsOutOfRange.  zanStsCabacBad (-223)
+ * when the bin completes the last word of the buffer: the record is then as
+ * before the call, but that word in memory (and any carry into earlier
+ * bytes) already holds the new bits. */
+ZanStatus zaniCABACEncodeBin_H264(Zan32u ctxIdx, Zan32u bin, ZanCABACState* pCabacState);
+
+/* Encodes one bypass bin.  Null record (-8); bin above 1: zanStsOutOfRange;
+ * zanStsCabacBad at the end of the buffer, as for zaniCABACEncodeBin_H264. */
+ZanStatus zaniCABACEncodeBinBypass_H264(Zan32u bin, ZanCABACState* pCabacState);
+
+/* Flushes the coder after an end_of_slice_flag of 1 (ctxIdx 276) and closes
+ * the stream with the stop bit: *pStreamBytes receives the byte count from
+ * the base to the last byte written.  Null pointers (-8).  zanStsNoMem (-9)
+ * when the flush needs the next word and that word does not end before the
+ * buffer's end word (the current word is already stored).  On success the
+ * registers and stream pointers are cleared: init again before further use. */
+ZanStatus zaniCABACTerminateSlice_H264(Zan32u* pStreamBytes, ZanCABACState* pCabacState);
+
+/* Encodes the significance map, levels and signs of one residual block:
+ * pCoeffs in scan order, lastCoeffIdx the index of its last nonzero element
+ * (negative: only the map is coded, and then the call ends), ctxBlockCat
+ * 0..5, log2NumC8x8 nonzero only for chroma DC (cat 3: 1 for 4:2:2 gives 8
+ * coefficients), frameFlag 1 frame, 0 field contexts.  Checks: null pointers
+ * (-8); ctxBlockCat above 5 or frameFlag above 1: zanStsOutOfRange;
+ * log2NumC8x8 nonzero with ctxBlockCat other than 3: zanStsBadArg.  When a
+ * bin reaches the end of the buffer the whole block is undone (the record is
+ * restored, a carry the block sent into earlier bytes taken back) and
+ * zanStsCabacBad returned: change buffers and repeat the block. */
+ZanStatus zaniCABACEncodeResidualBlock_H264_16s(const Zan16s* pCoeffs, Zan32s lastCoeffIdx, Zan32u ctxBlockCat,
+                                                Zan32u log2NumC8x8, Zan32u frameFlag,
+                                                ZanCABACState* pCabacState);
+ZanStatus zaniCABACEncodeResidualBlock_H264_32s(const Zan32s* pCoeffs, Zan32s lastCoeffIdx, Zan32u ctxBlockCat,
+                                                Zan32u log2NumC8x8, Zan32u frameFlag,
+                                                ZanCABACState* pCabacState);
+
 /* ==== end of cabac ==== */
 
 /* ==== filters263: H.261, H.263 and MPEG-4 block filters ==== */
