@@ -268,11 +268,18 @@ inline Sums<N> vsum(const Zan8u* p, ptrdiff_t s) {
 }
 
 // Clip((sum + 16) >> 5) as N bytes in the low bytes of a register.
+// (v + 2^(m-1)) >> m in one pmulhrsw by 2^(15-m): the instruction forms
+// ((v * 2^(15-m) >> 14) + 1) >> 1 = (floor(v / 2^(m-1)) + 1) >> 1, which is
+// floor((v + 2^(m-1)) / 2^m) for every 16-bit v, without a 16-bit overflow.
+template <int m>
+inline __m128i round_shift(__m128i v) {
+    return _mm_mulhrs_epi16(v, _mm_set1_epi16(static_cast<short>(1 << (15 - m))));
+}
+
 template <int N>
 inline __m128i round5(const Sums<N>& t) {
-    const __m128i r = _mm_set1_epi16(16);
-    const __m128i lo = _mm_srai_epi16(_mm_add_epi16(t.v[0], r), 5);
-    if constexpr (N == 16) return _mm_packus_epi16(lo, _mm_srai_epi16(_mm_add_epi16(t.v[1], r), 5));
+    const __m128i lo = round_shift<5>(t.v[0]);
+    if constexpr (N == 16) return _mm_packus_epi16(lo, round_shift<5>(t.v[1]));
     else return _mm_packus_epi16(lo, lo);
 }
 
@@ -292,7 +299,7 @@ inline __m128i centre8(__m128i t0, __m128i t1, __m128i t2, __m128i t3, __m128i t
     __m128i w = _mm_sub_epi16(_mm_srai_epi16(_mm_sub_epi16(x, y), 2), y);
     w = _mm_adds_epi16(w, z);
     const __m128i q16 = _mm_add_epi16(_mm_srai_epi16(w, 2), z);
-    return _mm_srai_epi16(_mm_add_epi16(q16, _mm_set1_epi16(32)), 6);
+    return round_shift<6>(q16);
 }
 
 // Even and odd results (16-bit lanes) to 16 bytes in order.
@@ -301,10 +308,7 @@ inline __m128i interleave(__m128i even, __m128i odd) {
     return _mm_unpacklo_epi8(packed, _mm_srli_si128(packed, 8));
 }
 
-inline __m128i round5(const Split& t) {
-    const __m128i r = _mm_set1_epi16(16);
-    return interleave(_mm_srai_epi16(_mm_add_epi16(t.even, r), 5), _mm_srai_epi16(_mm_add_epi16(t.odd, r), 5));
-}
+inline __m128i round5(const Split& t) { return interleave(round_shift<5>(t.even), round_shift<5>(t.odd)); }
 
 inline __m128i centre(const Split& t0, const Split& t1, const Split& t2, const Split& t3, const Split& t4,
                       const Split& t5) {
