@@ -82,7 +82,9 @@ bool read_scaling_matrices(BitReader& br, int count, std::uint8_t (*l4)[16], std
                 if (!read_scaling_list(br, l4[i], 16, def)) return false;
                 if (def) std::memcpy(l4[i], kDefault4x4[i / 3], 16);
             } else if (i == 0 || i == 3) {
-                std::memcpy(l4[i], fb4[i], 16);
+                // The defaults hold one Intra and one Inter list; the
+                // sequence's lists hold all six.
+                std::memcpy(l4[i], fb4 == kDefault4x4 ? kDefault4x4[i / 3] : fb4[i], 16);
             } else {
                 std::memcpy(l4[i], l4[i - 1], 16);
             }
