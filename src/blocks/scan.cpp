@@ -86,10 +86,18 @@ constexpr Inverse invert(const Zan8u (&table)[64]) {
 constexpr Inverse kInvZigzag = invert(ownvc_Zigzag), kInvAltV = invert(ownvc_AltScanV),
                   kInvAltH = invert(ownvc_AltScanH);
 
-alignas(16) constexpr Gather kFwdGather[3] = {make_gather(ownvc_Zigzag), make_gather(ownvc_AltScanV),
-                                              make_gather(ownvc_AltScanH)};
-alignas(16) constexpr Gather kInvGather[3] = {make_gather(kInvZigzag.t), make_gather(kInvAltV.t),
-                                              make_gather(kInvAltH.t)};
+// One object per table (not an array): a template argument must name a
+// whole object for every compiler, not an element of an array.
+alignas(16) constexpr Gather kFwdZigzag = make_gather(ownvc_Zigzag);
+alignas(16) constexpr Gather kFwdAltV = make_gather(ownvc_AltScanV);
+alignas(16) constexpr Gather kFwdAltH = make_gather(ownvc_AltScanH);
+alignas(16) constexpr Gather kInvZigzagG = make_gather(kInvZigzag.t);
+alignas(16) constexpr Gather kInvAltVG = make_gather(kInvAltV.t);
+alignas(16) constexpr Gather kInvAltHG = make_gather(kInvAltH.t);
+template <int S>
+constexpr const Gather& fwd_gather() { return S == 1 ? kFwdAltV : S == 2 ? kFwdAltH : kFwdZigzag; }
+template <int S>
+constexpr const Gather& inv_gather() { return S == 1 ? kInvAltVG : S == 2 ? kInvAltHG : kInvZigzagG; }
 
 template <const Gather& G>
 __attribute__((always_inline)) inline void gather(const __m128i (&in)[8], __m128i (&out)[8]) {
@@ -115,7 +123,7 @@ void scan_fwd_block(const Zan16s* src, Zan16s* dst, Zan32s countNonZero) {
     __m128i in[8], out[8];
 #pragma GCC unroll 8
     for (int r = 0; r < 8; ++r) in[r] = simd::load16(src + 8 * r);
-    gather<kFwdGather[S]>(in, out);
+    gather<fwd_gather<S>()>(in, out);
     if (countNonZero < 20) {
         // Non-zero lanes as 64 bits in scan order; keep the positions before
         // the (countNonZero+1)-th of them.
@@ -153,7 +161,7 @@ void scan_inv_block(const Zan16s* src, Zan16s* dst, Zan32s lastIndex) {
     const __m128i end = _mm_set1_epi16(static_cast<short>(lastIndex + 1));
 #pragma GCC unroll 8
     for (int r = 0; r < 8; ++r) in[r] = _mm_and_si128(simd::load16(src + 8 * r), _mm_cmpgt_epi16(end, lane_index(r)));
-    gather<kInvGather[S]>(in, out);
+    gather<inv_gather<S>()>(in, out);
 #pragma GCC unroll 8
     for (int o = 0; o < 8; ++o) simd::store16(dst + 8 * o, out[o]);
 }
