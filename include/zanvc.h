@@ -3037,6 +3037,42 @@ ZanStatus zaniSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Zan16s* pSrcLeftU, Z
 
 /* ==== end of vc1filter ==== */
 
+/* ==== avsblock: AVS block decoding and reconstruction ==== */
+
+/* ==== end of avsblock ==== */
+
+/* ==== avsinter: AVS interpolation, weighting and deblocking ==== */
+
+/* ==== end of avsinter ==== */
+
+/* ==== dvdecode: DV segment decoding and dequantisation ==== */
+
+/* ==== end of dvdecode ==== */
+
+/* ==== dvoutput: DV macroblock output conversions ==== */
+
+/* ==== end of dvoutput ==== */
+
+/* ==== deinterlace: deinterlacing ==== */
+
+/* ==== end of deinterlace ==== */
+
+/* ==== denoise: adaptive and smoothing denoisers ==== */
+
+/* ==== end of denoise ==== */
+
+/* ==== cast: CAST denoising ==== */
+
+/* ==== end of cast ==== */
+
+/* ==== camera: camera resize, colour conversion and rotation ==== */
+
+/* ==== end of camera ==== */
+
+/* ==== mosquito: mosquito noise filter ==== */
+
+/* ==== end of mosquito ==== */
+
 #ifdef __cplusplus
 }
 #endif

@@ -8,6 +8,8 @@ int search(int argc, char** argv);  // motion search demo / on two PGM pictures
 int mc(int argc, char** argv);      // motion-compensated prediction at one vector
 int info(int argc, char** argv);    // version record, path, processor features
 int bench(int argc, char** argv);   // runs zanvc_bench and tabulates its results
+// picture tools
+// end of picture tools
 void usage(const char* program);
 
 // "u8" or "n8": the path the library chose when it loaded.

@@ -59,6 +59,8 @@ int main(int argc, char** argv) {
     if (std::strcmp(cmd, "mc") == 0) return mc(argc - 2, argv + 2);
     if (std::strcmp(cmd, "info") == 0) return info(argc - 2, argv + 2);
     if (std::strcmp(cmd, "bench") == 0) return bench(argc - 2, argv + 2);
+    // picture tools
+    // end of picture tools
     if (std::strcmp(cmd, "help") == 0 || std::strcmp(cmd, "--help") == 0 || std::strcmp(cmd, "-h") == 0) {
         usage(argv[0]);
         return 0;
