@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and checks the project with the presets of CMakePresets.json.
-#   ./build.sh test   release build and tests, sanitizer build and tests,
-#                     the install check, then short runs of the fuzz targets
+#   ./build.sh test   release build and tests (with the API reference and ABI
+#                     checks), sanitizer build and tests, the install and
+#                     package checks, then short runs of the fuzz targets
 #   ./build.sh demo   release build, then the zanvc motion search demo
 # Missing build dependencies are installed with apt-get first.
 set -euo pipefail
@@ -22,6 +23,9 @@ deps=(
   "ffmpeg:/usr/bin/ffmpeg"
   "clang:/usr/bin/clang++"
   "libclang-rt-14-dev:/usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a"
+  "python3:/usr/bin/python3"
+  "doxygen:/usr/bin/doxygen"
+  "abigail-tools:/usr/bin/abidiff"
 )
 
 install_deps() {
@@ -56,6 +60,7 @@ case ${1:-} in
     step "release: configure, build, test" cmake --workflow --preset test
     step "asan: configure, build, test" cmake --workflow --preset asan
     step "install check" tests/install/check_install.sh build/release
+    step "packages: .deb and .tar.gz, unpacked and used" tests/install/check_package.sh build/release
     step "fuzz: clang build, short runs of every target" cmake --workflow --preset fuzz
     ;;
   demo)

@@ -23,6 +23,8 @@ extern "C" {
 #define ZANCORE_API
 #endif
 
+/* ==== zancore: the platform layer (processor features, allocation, cache size) ==== */
+
 /* Feature bits of the detected and enabled words. */
 #define ZAN_CPU_MMX    (1ull << 0)
 #define ZAN_CPU_SSE    (1ull << 1)
@@ -64,6 +66,8 @@ ZANCORE_API ZanStatus zanGetMaxCacheSizeB(Zan32s* pSizeByte);
 
 /* How many threads the libraries may use: the online processor count. */
 ZANCORE_API Zan32s ownGetNumThreads(void);
+
+/* ==== end of zancore ==== */
 
 #ifdef __cplusplus
 }

@@ -20,6 +20,8 @@
 extern "C" {
 #endif
 
+/* ==== frame: types, statuses and the version record ==== */
+
 /* ------------------------------------------------------------------ types */
 
 typedef uint8_t  Zan8u;
@@ -32,9 +34,11 @@ typedef int64_t  Zan64s;
 typedef uint64_t Zan64u;
 typedef float    Zan32f;
 
-/* Width then height. Passed by value. */
+/* A size, width then height.  Passed by value. */
 typedef struct { Zan32s width; Zan32s height; } ZaniSize;
+/* A rectangle: the top-left corner, then width and height. */
 typedef struct { Zan32s x; Zan32s y; Zan32s width; Zan32s height; } ZaniRect;
+/* A point: column, then row. */
 typedef struct { Zan32s x; Zan32s y; } ZaniPoint;
 
 /* ----------------------------------------------------------------- status */
@@ -76,24 +80,28 @@ enum {
 
 /* --------------------------------------------------------------- version */
 
+/* What zanvcGetLibVersion returns: the release this library is and the path
+ * chosen at load. */
 typedef struct {
-    Zan32s      major;       /* 7 */
-    Zan32s      minor;       /* 1 */
-    Zan32s      update;      /* 1 */
-    Zan32s      build;       /* 37466 */
+    Zan32s      major;       /* major version: a change breaks compatibility */
+    Zan32s      minor;       /* minor version: additions only */
+    Zan32s      update;      /* update: fixes only */
+    Zan32s      build;       /* build number */
     char        targetCode[4]; /* "u8" or "n8", padded with zero bytes */
     const char* name;        /* "zanVC SSSE3 (u8)" or "zanVC Pico (n8)" */
-    const char* versionText; /* "7.1.1 (r37466)" */
-    const char* buildDate;   /* "Sep 24 2012" */
+    const char* versionText; /* "major.minor.update (rbuild)" */
+    const char* buildDate;   /* the release date, "Mmm dd yyyy" */
 } ZanLibraryVersion;
 
 /* The record of the path chosen at load.  Constant, valid for the life of
  * the process; not to be freed or changed. */
 const ZanLibraryVersion* zanvcGetLibVersion(void);
 
-/* ------------------------------------------------ sum of absolute differences
- *
- * Common arguments: pCur, curStep, pRef, refStep.  The steps are not checked
+/* ==== end of frame ==== */
+
+/* ==== sad: sum of absolute differences ==== */
+
+/* Common arguments: pCur, curStep, pRef, refStep.  The steps are not checked
  * (zero and negative steps are legal) except in zaniSAD8x8_8u32s_C2R.
  *
  * mcType selects the reference position; only mcType >> 2 is used and it is
@@ -191,6 +199,8 @@ ZanStatus zaniFrameFieldSAD16x16_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Za
                                            Zan32s* pFieldSAD);
 ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan32s* pFrameSAD,
                                             Zan32s* pFieldSAD);
+
+/* ==== end of sad ==== */
 
 /* ==== mc: half-sample motion compensation and block arithmetic ==== */
 
@@ -1292,12 +1302,18 @@ typedef struct ZanDeblockingRecord {
     Zan32s bitDepth;
 } ZanDeblockingRecord;
 
+/* Luma of an 8-bit macroblock: VerEdge filters its four vertical edges left
+ * to right, HorEdge its four horizontal edges top to bottom; 16 lines per
+ * edge, bS and tc0 one per 4 lines. */
 ZanStatus zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
                                                         const Zan8u* pBeta, const Zan8u* pThresholds,
                                                         const Zan8u* pBS);
 ZanStatus zaniFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
                                                         const Zan8u* pBeta, const Zan8u* pThresholds,
                                                         const Zan8u* pBS);
+/* 4:2:0 chroma of an 8-bit macroblock, two edges of 8 lines: one plane
+ * (C1IR), or U and V interleaved in one plane with one set of alpha, beta
+ * and tc0 for both (C2IR). */
 ZanStatus zaniFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
                                                           const Zan8u* pBeta, const Zan8u* pThresholds,
                                                           const Zan8u* pBS);
@@ -1310,16 +1326,29 @@ ZanStatus zaniFilterDeblockingChroma_VerEdge_H264_8u_C2IR(Zan8u* pSrcDst, Zan32s
 ZanStatus zaniFilterDeblockingChroma_HorEdge_H264_8u_C2IR(Zan8u* pSrcDst, Zan32s srcDstStep, const Zan8u* pAlpha,
                                                           const Zan8u* pBeta, const Zan8u* pThresholds,
                                                           const Zan8u* pBS);
+/* 4:2:0 chroma, U and V interleaved, with thresholds of their own from the
+ * record (pAlpha and pBeta: U outer, V outer, U inner, V inner; pThresholds:
+ * U outer, U inner, V outer, V inner, 4 bytes each; pBS shared). */
 ZanStatus zaniFilterDeblockingChroma_VerEdge_H264_8u_C2I(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingChroma_HorEdge_H264_8u_C2I(const ZanDeblockingRecord* pDeblockInfo);
+/* 4:2:2 chroma of one plane, from the record: VerEdge two vertical edges of
+ * 16 rows, HorEdge four horizontal edges of 8 columns; 8-bit samples, or
+ * 16-bit samples of bitDepth bits. */
 ZanStatus zaniFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingChroma422HorEdge_H264_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingChroma422VerEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+/* Luma and 4:2:0 chroma with 16-bit samples of bitDepth bits, from the
+ * record, in the 8-bit layouts; each segment takes the strong or the normal
+ * path by its own bS. */
 ZanStatus zaniFilterDeblockingLumaVerEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingLumaHorEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingChromaVerEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingChromaHorEdge_H264_16u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+/* The left edge of an MBAFF macroblock: one vertical edge at column 0, 8
+ * luma lines (bS and tc0 by line >> 1) or 4 chroma lines (by line), one
+ * alpha and beta for every line; 8-bit values, or the record's 16-bit
+ * arrays (element 0 of alpha and beta). */
 ZanStatus zaniFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32u alpha,
                                                               Zan32u beta, const Zan8u* pThresholds,
                                                               const Zan8u* pBS);

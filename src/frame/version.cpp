@@ -1,17 +1,18 @@
 // The version record of this build and its query.  Compiled once per path.
 #include "common/path.h"
 #include "frame/bodies.h"
+#include "zanvc_release.h"
 
 namespace zan::ZAN_PATH {
 
 namespace {
 
 constexpr ZanLibraryVersion kVersion = {
-    7, 1, 1, 37466,
+    ZANVC_RELEASE_MAJOR, ZANVC_RELEASE_MINOR, ZANVC_RELEASE_UPDATE, ZANVC_RELEASE_BUILD,
     {ZAN_PATH_NAME[0], ZAN_PATH_NAME[1], 0, 0},
     ZAN_PATH_IS_N8 ? "zanVC Pico (n8)" : "zanVC SSSE3 (u8)",
-    "7.1.1 (r37466)",
-    "Sep 24 2012",
+    ZANVC_RELEASE_TEXT,
+    ZANVC_RELEASE_DATE,
 };
 
 }  // namespace

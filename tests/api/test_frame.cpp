@@ -11,6 +11,7 @@
 #include "frame/bodies.h"
 #include "zancore.h"
 #include "zanvc.h"
+#include "zanvc_release.h"
 
 namespace {
 
@@ -19,12 +20,17 @@ bool expect_n8(Zan64u enabled) { return (enabled & ZAN_CPU_SSSE3) && (enabled & 
 TEST(Frame, VersionRecordOfTheActivePath) {
     const ZanLibraryVersion* v = zanvcGetLibVersion();
     ASSERT_NE(v, nullptr);
-    EXPECT_EQ(v->major, 7);
-    EXPECT_EQ(v->minor, 1);
-    EXPECT_EQ(v->update, 1);
-    EXPECT_EQ(v->build, 37466);
-    EXPECT_STREQ(v->versionText, "7.1.1 (r37466)");
-    EXPECT_STREQ(v->buildDate, "Sep 24 2012");
+    // The release values come from the build's one version setting.
+    EXPECT_EQ(v->major, ZANVC_RELEASE_MAJOR);
+    EXPECT_EQ(v->minor, ZANVC_RELEASE_MINOR);
+    EXPECT_EQ(v->update, ZANVC_RELEASE_UPDATE);
+    EXPECT_EQ(v->build, ZANVC_RELEASE_BUILD);
+    EXPECT_STREQ(v->versionText, ZANVC_RELEASE_TEXT);
+    EXPECT_STREQ(v->buildDate, ZANVC_RELEASE_DATE);
+    char text[64];
+    std::snprintf(text, sizeof text, "%d.%d.%d (r%d)", v->major, v->minor, v->update, v->build);
+    EXPECT_STREQ(v->versionText, text);
+    EXPECT_EQ(std::strlen(v->buildDate), 11u);  // "Mmm dd yyyy"
     EXPECT_EQ(v->targetCode[2], 0);
     EXPECT_EQ(v->targetCode[3], 0);
     bool n8 = expect_n8(zanGetEnabledCpuFeatures());

@@ -3,26 +3,34 @@
 # would: the files and symlinks are where they belong, and a small C program
 # builds against them through the CMake package and through pkg-config, and
 # runs.
-#   check_install.sh BUILD_DIR
+#   check_install.sh BUILD_DIR [PREFIX]
+# With PREFIX the files are already there (unpacked from the packages) and
+# the build directory only gives the version they must carry.
 # CMAKE and CC name the tools to use (default: cmake, cc).
 set -euo pipefail
-build=${1:?usage: check_install.sh BUILD_DIR}
+build=${1:?usage: check_install.sh BUILD_DIR [PREFIX]}
+# shellcheck source=/dev/null
+. "$build/zanvc_release.env"
+so=$ZANVC_SO_VERSION major=$ZANVC_SO_MAJOR
 here=$(cd "$(dirname "$0")" && pwd)
 cmake=${CMAKE:-cmake}
 cc=${CC:-cc}
 tmp=$(mktemp -d "${TMPDIR:-/tmp}/zanvc-install.XXXXXX")
 trap 'rm -rf "$tmp"' EXIT
-prefix=$tmp/prefix
+prefix=${2:-$tmp/prefix}
 fail=0
 
-"$cmake" --install "$build" --prefix "$prefix" > "$tmp/install.log"
+[ $# -ge 2 ] || "$cmake" --install "$build" --prefix "$prefix" > "$tmp/install.log"
 
 # Files, and the library names as the loader and the linker look for them.
-check_lib() {  # name: libNAME.so.7.1 a file, .so.7 and .so symlinks
-  local lib=$prefix/lib/lib$1.so
-  if [ -f "$lib.7.1" ] && [ ! -L "$lib.7.1" ]; then echo "ok   lib/lib$1.so.7.1"; else echo "FAIL lib/lib$1.so.7.1 missing or not a file"; fail=1; fi
-  if [ -L "$lib.7" ] && [ "$(readlink "$lib.7")" = "lib$1.so.7.1" ]; then echo "ok   lib/lib$1.so.7 -> lib$1.so.7.1"; else echo "FAIL lib/lib$1.so.7 not a symlink to lib$1.so.7.1"; fail=1; fi
-  if [ -L "$lib" ] && [ "$(readlink "$lib")" = "lib$1.so.7" ]; then echo "ok   lib/lib$1.so -> lib$1.so.7"; else echo "FAIL lib/lib$1.so not a symlink to lib$1.so.7"; fail=1; fi
+check_lib() {  # name: libNAME.so.MAJOR.MINOR a file, .so.MAJOR and .so symlinks
+  local lib=$prefix/lib/lib$1.so n=lib$1.so
+  if [ -f "$lib.$so" ] && [ ! -L "$lib.$so" ]; then echo "ok   lib/$n.$so"; else echo "FAIL lib/$n.$so missing or not a file"; fail=1; fi
+  if [ -L "$lib.$major" ] && [ "$(readlink "$lib.$major")" = "$n.$so" ]; then echo "ok   lib/$n.$major -> $n.$so"; else echo "FAIL lib/$n.$major not a symlink to $n.$so"; fail=1; fi
+  if [ -L "$lib" ] && [ "$(readlink "$lib")" = "$n.$major" ]; then echo "ok   lib/$n -> $n.$major"; else echo "FAIL lib/$n not a symlink to $n.$major"; fail=1; fi
+  local soname
+  soname=$(readelf -d "$lib.$so" 2>/dev/null | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
+  if [ "$soname" = "$n.$major" ]; then echo "ok   SONAME $soname"; else echo "FAIL SONAME of $n.$so is '$soname'"; fail=1; fi
 }
 check_lib zanvcu8
 check_lib zancore
@@ -41,6 +49,7 @@ fi
 
 # The CMake package.
 if "$cmake" -S "$here" -B "$tmp/cmake-build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$cc" \
+     -DZANVC_EXPECT_VERSION="$so" \
      > "$tmp/cmake.log" 2>&1 && "$cmake" --build "$tmp/cmake-build" >> "$tmp/cmake.log" 2>&1; then
   if out=$(LD_LIBRARY_PATH=$prefix/lib "$tmp/cmake-build/consumer" 2>&1); then
     echo "ok   find_package(zanvc): $out"
@@ -61,6 +70,15 @@ if flags=$(PKG_CONFIG_PATH=$prefix/lib/pkgconfig pkg-config --cflags --libs zanv
   fi
 else
   echo "FAIL pkg-config build (flags: ${flags:-none}):"; sed 's/^/     /' "$tmp/pc.log" 2>/dev/null || true; fail=1
+fi
+
+# Both package descriptions carry the release version.
+pcver=$(PKG_CONFIG_PATH=$prefix/lib/pkgconfig pkg-config --modversion zanvc 2>/dev/null || true)
+if [ "$pcver" = "$ZANVC_VERSION" ]; then echo "ok   pkg-config version $pcver"; else echo "FAIL pkg-config version '$pcver', want $ZANVC_VERSION"; fail=1; fi
+if grep -q "PACKAGE_VERSION \"$ZANVC_VERSION\"" "$prefix/lib/cmake/zanvc/zanvcConfigVersion.cmake"; then
+  echo "ok   CMake package version $ZANVC_VERSION"
+else
+  echo "FAIL CMake package version file does not say $ZANVC_VERSION"; fail=1
 fi
 
 if [ $fail = 0 ]; then echo "install check passed"; else echo "install check FAILED"; fi

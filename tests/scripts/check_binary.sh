@@ -4,7 +4,7 @@
 #  - no instruction above SSSE3 (no SSE4, AVX, MOVBE) in either library;
 #  - nothing is needed at run time but libc and libzancore.
 set -euo pipefail
-lib=$1 core=$2 list=$3
+lib=$1 core=$2 list=$3 major=$4  # major: the SONAME version
 fail=0
 
 want=$(sed -n 's/^ZAN_EXPORT([a-z0-9]*, *\([A-Za-z0-9_]*\)).*/\1/p' "$list" | sort)
@@ -27,7 +27,7 @@ done
 
 needed=$(readelf -d "$lib" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | sort | tr '\n' ' ')
 for n in $needed; do
-  case $n in libc.so.6|libzancore.so.7) ;; *) echo "$lib needs $n"; fail=1 ;; esac
+  case $n in libc.so.6|"libzancore.so.$major") ;; *) echo "$lib needs $n"; fail=1 ;; esac
 done
 echo "needed: $needed"
 cneeded=$(readelf -d "$core" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | tr '\n' ' ')
@@ -35,7 +35,7 @@ for n in $cneeded; do
   case $n in libc.so.6) ;; *) echo "$core needs $n"; fail=1 ;; esac
 done
 soname=$(readelf -d "$lib" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
-[ "$soname" = libzanvcu8.so.7 ] || { echo "soname $soname"; fail=1; }
+[ "$soname" = "libzanvcu8.so.$major" ] || { echo "soname $soname"; fail=1; }
 # No C++ runtime: no exception tables' personality, no RTTI.
 if nm -D "$lib" | grep -v -E ' __cxa_finalize(@[A-Z0-9_.]+)?$' | grep -q -E '__cxa|__gxx_personality|_ZTI|_ZTS|_Znw|_Zdl'; then echo "C++ runtime symbols in $lib"; fail=1; fi
 exit $fail
