@@ -13,23 +13,24 @@ class BitWriter {
 public:
     // Appends the low `bits` bits of v (bits 0..32), most significant first.
     void put(std::uint32_t v, int bits) {
-        for (int i = bits - 1; i >= 0; --i) put_bit((v >> i) & 1u);
-    }
-    void put_bit(std::uint32_t b) {
-        cur_ = static_cast<std::uint8_t>((cur_ << 1) | (b & 1u));
-        if (++n_ == 8) {
-            bytes_.push_back(cur_);
-            cur_ = 0;
-            n_ = 0;
+        if (bits <= 0) return;
+        const std::uint64_t mask = bits >= 32 ? 0xffffffffu : (std::uint64_t{1} << bits) - 1;
+        acc_ = (acc_ << bits) | (v & mask);
+        n_ += bits;
+        while (n_ >= 8) {
+            n_ -= 8;
+            bytes_.push_back(static_cast<std::uint8_t>(acc_ >> n_));
         }
     }
+    void put_bit(std::uint32_t b) { put(b & 1u, 1); }
     // ue(v): Exp-Golomb code of v.
     void ue(std::uint32_t v) {
         const std::uint64_t x = static_cast<std::uint64_t>(v) + 1;
         int len = 0;
         while ((x >> (len + 1)) != 0) ++len;
         put(0, len);
-        for (int i = len; i >= 0; --i) put_bit(static_cast<std::uint32_t>((x >> i) & 1u));
+        put(static_cast<std::uint32_t>(x >> 16), len + 1 - 16 > 0 ? len + 1 - 16 : 0);
+        put(static_cast<std::uint32_t>(x & 0xffffu), len + 1 < 16 ? len + 1 : 16);
     }
     // se(v): positive k as 2k - 1, zero and negative k as -2k.
     void se(std::int32_t v) {
@@ -44,18 +45,18 @@ public:
     // The bytes written; a partial last byte is given with its low bits 0.
     std::vector<std::uint8_t> bytes() const {
         std::vector<std::uint8_t> b = bytes_;
-        if (n_ != 0) b.push_back(static_cast<std::uint8_t>(cur_ << (8 - n_)));
+        if (n_ != 0) b.push_back(static_cast<std::uint8_t>(acc_ << (8 - n_)));
         return b;
     }
     void clear() {
         bytes_.clear();
-        cur_ = 0;
+        acc_ = 0;
         n_ = 0;
     }
 
 private:
     std::vector<std::uint8_t> bytes_;
-    std::uint8_t cur_ = 0;
+    std::uint64_t acc_ = 0;  // bits not yet stored: the low n_ (< 8 between calls)
     int n_ = 0;
 };
 
