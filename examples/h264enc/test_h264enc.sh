@@ -9,7 +9,7 @@
 # Usage: test_h264enc.sh path/to/zanvc-h264enc [path/to/zanvc-h264dec]
 enc=$1
 dec=$2
-command -v ffmpeg >/dev/null 2>&1 || { echo "ffmpeg not found: skipped"; exit 77; }
+command -v ffmpeg >/dev/null 2>&1 && command -v ffprobe >/dev/null 2>&1 || { echo "ffmpeg not found: skipped"; exit 77; }
 tmp=$(mktemp -d) || exit 1
 trap 'rm -rf "$tmp"' EXIT
 fail=0
@@ -41,7 +41,15 @@ run() {
         echo "FAIL $name: ffmpeg output differs from the recon ($(cmp "$tmp/$name.ff" "$tmp/$name.rec" 2>&1 | head -1))"
         fail=1; return
     fi
-    result="ffmpeg equal"
+    # CAVLC streams declare (Constrained) Baseline, CABAC streams Main.
+    profile=$(ffprobe -v error -select_streams v:0 -show_entries stream=profile -of default=nw=1:nk=1 "$tmp/$name.264")
+    case " $* |$profile" in
+    *" --cabac "*"|Main") ;;
+    *" --cabac "*) echo "FAIL $name: profile '$profile', not Main"; fail=1; return ;;
+    *"|Constrained Baseline" | *"|Baseline") ;;
+    *) echo "FAIL $name: profile '$profile', not Baseline"; fail=1; return ;;
+    esac
+    result="$profile, ffmpeg equal"
     case " $* " in
     *" --cabac "*) ;;
     *)
