@@ -75,6 +75,9 @@ source t2 testsrc2 176x144 3
 source mb mandelbrot 176x144 2
 source odd testsrc2 200x120 2
 source bars smptehdbars 96x64 2
+# Samples of 0 or 255 at random: the largest residuals and levels.
+ffmpeg -hide_banner -loglevel error -f lavfi -i "nullsrc=size=176x144:rate=25,geq=lum='255*gt(random(1),0.5)':cb='255*gt(random(2),0.5)':cr='255*gt(random(3),0.5)',format=yuv420p" \
+    -frames:v 2 -f rawvideo -y "$tmp/noise.yuv" || { echo "FAIL source noise"; fail=1; }
 
 for qp in 10 22 30 38 51; do
     run t2 176 144 $qp
@@ -93,6 +96,8 @@ run bars 96 64 20 --cabac
 # Low QPs: the largest levels.
 run mb 176 144 2
 run mb 176 144 2 --cabac
+run noise 176 144 0
+run noise 176 144 0 --cabac
 
 # A CABAC buffer far too small: the coder reports its end, the encoder moves
 # it to larger buffers, repeats the refused residual blocks, and the stream
