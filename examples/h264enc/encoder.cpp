@@ -409,7 +409,7 @@ int Encoder::Impl::analyse_i16(int mx, int my, int& best_cost) {
 // cost passes `limit`; else returns the cost.
 int Encoder::Impl::code_i4x4(int mx, int my, int limit) {
     MbInfo& cur = info[static_cast<std::size_t>(my * mbw + mx)];
-    int total = lambda * 6;
+    int total = 0;
     for (int n = 0; n < 16; ++n) {
         const int bx = kBlkX[n], by = kBlkY[n];
         const int x0 = mx * 16 + bx * 4, y0 = my * 16 + by * 4;
@@ -446,7 +446,7 @@ int Encoder::Impl::code_i4x4(int mx, int my, int limit) {
             last_tried = mode;
             Zan32s satd = 0;
             check(zaniSATD4x4_8u32s_C1R(src, lw, rec, lw, &satd), "SATD 4x4");
-            const int cost = satd + lambda * (mode == pred_mode ? 1 : 4);
+            const int cost = satd + lambda * (mode == pred_mode ? 1 : 2);
             if (best < 0 || cost < best_cost) {
                 best = mode;
                 best_cost = cost;
