@@ -495,25 +495,39 @@ void Picture::deblock(const std::vector<SliceFilter>& slices) {
 }
 
 template <class P>
-static bool write_plane(std::FILE* f, const P* base, int stride, int x0, int y0, int w, int h) {
-    for (int r = 0; r < h; ++r)
-        if (std::fwrite(base + static_cast<std::size_t>((r + y0) * stride + x0), sizeof(P), static_cast<std::size_t>(w),
-                        f) != static_cast<std::size_t>(w))
-            return false;
-    return true;
+static void append_plane(std::vector<unsigned char>& out, const P* base, int stride, int x0, int y0, int w, int h) {
+    for (int r = 0; r < h; ++r) {
+        const P* row = base + static_cast<std::size_t>((r + y0) * stride + x0);
+        if constexpr (sizeof(P) == 1) {
+            out.insert(out.end(), row, row + w);
+        } else {  // 16-bit little-endian samples
+            for (int j = 0; j < w; ++j) {
+                out.push_back(static_cast<unsigned char>(row[j] & 0xff));
+                out.push_back(static_cast<unsigned char>(row[j] >> 8));
+            }
+        }
+    }
 }
 
-bool Picture::write(std::FILE* f) const {
+void Picture::output(DecodedFrame& f) const {
     const int w = 16 * mbw_ - sps_.crop_left - sps_.crop_right;
     const int h = 16 * mbh_ - sps_.crop_top - sps_.crop_bottom;
     const int ch = h * mbch_ / 16, cy = sps_.crop_top * mbch_ / 16;
-    if (hbd_)  // 16-bit little-endian samples (the host order here)
-        return write_plane(f, y16_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h) &&
-               write_plane(f, u16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch) &&
-               write_plane(f, v16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
-    return write_plane(f, y_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h) &&
-           write_plane(f, u_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch) &&
-           write_plane(f, v_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+    f.width = w;
+    f.height = h;
+    f.bit_depth = sps_.bit_depth_luma;
+    f.chroma_format = sps_.chroma_format_idc;
+    f.data.clear();
+    f.data.reserve(static_cast<std::size_t>(w * h + 2 * (w / 2) * ch) * (hbd_ ? 2 : 1));
+    if (hbd_) {
+        append_plane(f.data, y16_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h);
+        append_plane(f.data, u16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+        append_plane(f.data, v16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+    } else {
+        append_plane(f.data, y_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h);
+        append_plane(f.data, u_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+        append_plane(f.data, v_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+    }
 }
 
 }  // namespace h264ex

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "decoder.h"
 #include "syntax.h"
 
 namespace h264ex {
@@ -35,8 +36,8 @@ public:
     void deblock(const std::vector<SliceFilter>& slices);
     bool decoded(int addr) const { return info_[static_cast<std::size_t>(addr)].slice >= 0; }
     int mb_count() const { return mbw_ * mbh_; }
-    // Writes the cropped picture as planar samples.
-    bool write(std::FILE* f) const;
+    // The cropped picture as planar samples.
+    void output(DecodedFrame& f) const;
 
 private:
     struct MbInfo {

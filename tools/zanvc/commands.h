@@ -4,6 +4,7 @@
 
 namespace zanvc_tool {
 
+int demo(int argc, char** argv);    // H.264 encode and decode of a built-in clip (the default)
 int search(int argc, char** argv);  // motion search demo / on two PGM pictures
 int mc(int argc, char** argv);      // motion-compensated prediction at one vector
 int info(int argc, char** argv);    // version record, path, processor features
