@@ -1,0 +1,180 @@
+#!/usr/bin/env python3
+"""Writes a small H.264 stream (CAVLC) whose P pictures predict from motion
+vectors far outside the reference picture: an IDR picture of I_PCM
+macroblocks with a textured pattern, then P pictures whose macroblocks
+(16x16, 16x8, 8x16 and 8x8 partitions with 8x8 to 4x4 sub-partitions) point
+tens to hundreds of samples beyond every edge and corner, at every
+quarter-sample fraction, without residual, with the loop filter on.
+libx264 never leaves the picture by more than a few dozen samples.
+Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures]"""
+import sys
+
+
+class Bits:
+    def __init__(self):
+        self.bits = []
+
+    def u(self, n, v):
+        self.bits += [(v >> (n - 1 - i)) & 1 for i in range(n)]
+
+    def ue(self, v):
+        v += 1
+        n = v.bit_length()
+        self.u(n - 1, 0)
+        self.u(n, v)
+
+    def se(self, v):
+        self.ue(2 * v - 1 if v > 0 else -2 * v)
+
+    def align(self):
+        while len(self.bits) % 8:
+            self.bits.append(0)
+
+    def rbsp(self):
+        self.bits.append(1)
+        self.align()
+        out = bytearray()
+        for i in range(0, len(self.bits), 8):
+            out.append(int("".join(map(str, self.bits[i:i + 8])), 2))
+        return bytes(out)
+
+
+def nal(ref_idc, kind, payload):
+    out = bytearray(b"\x00\x00\x00\x01")
+    out.append((ref_idc << 5) | kind)
+    zeros = 0
+    for b in payload:
+        if zeros >= 2 and b <= 3:
+            out.append(3)
+            zeros = 0
+        out.append(b)
+        zeros = zeros + 1 if b == 0 else 0
+    return bytes(out)
+
+
+class Lcg:
+    def __init__(self, seed):
+        self.s = seed
+
+    def next(self, n):
+        self.s = (self.s * 1103515245 + 12345) & 0x7FFFFFFF
+        return (self.s >> 8) % n
+
+
+def median(a, b, c):
+    return max(min(a, b), min(max(a, b), c))
+
+
+def main():
+    path = sys.argv[1]
+    w, h, depth, pictures = (int(a) for a in sys.argv[2:6]) if len(sys.argv) > 5 else (5, 4, 8, 3)
+    sps = Bits()
+    sps.u(8, 66 if depth == 8 else 110); sps.u(8, 0); sps.u(8, 30); sps.ue(0)
+    if depth != 8:
+        sps.ue(1); sps.ue(depth - 8); sps.ue(depth - 8); sps.u(1, 0); sps.u(1, 0)
+    sps.ue(0)       # log2_max_frame_num - 4
+    sps.ue(2)       # order counts of type 2
+    sps.ue(2)       # max_num_ref_frames
+    sps.u(1, 0)
+    sps.ue(w - 1); sps.ue(h - 1); sps.u(1, 1); sps.u(1, 1); sps.u(1, 0); sps.u(1, 0)
+    pps = Bits()
+    pps.ue(0); pps.ue(0); pps.u(1, 0); pps.u(1, 0); pps.ue(0)
+    pps.ue(1); pps.ue(0)  # two list-0 references by default
+    pps.u(1, 0); pps.u(2, 0); pps.se(0); pps.se(0); pps.se(0)
+    pps.u(1, 1); pps.u(1, 0); pps.u(1, 0)
+    stream = nal(3, 7, sps.rbsp()) + nal(3, 8, pps.rbsp())
+
+    # IDR picture: I_PCM macroblocks with a texture that differs everywhere,
+    # so that every clamped read shows.
+    sl = Bits()
+    sl.ue(0); sl.ue(7); sl.ue(0); sl.u(4, 0); sl.ue(0)
+    sl.u(1, 0); sl.u(1, 0)  # dec_ref_pic_marking of an IDR picture
+    sl.se(0)
+    sl.ue(0); sl.se(0); sl.se(0)
+    top = (1 << depth) - 1
+    for addr in range(w * h):
+        mx, my = addr % w, addr // w
+        sl.ue(25)
+        sl.align()
+        for i in range(256):
+            x, y = 16 * mx + i % 16, 16 * my + i // 16
+            sl.u(depth, (x * 37 + y * 11 + (x * y) % 23 + ((x ^ y) & 7) * 19) * top // 1024 % (top + 1))
+        for c in range(2):
+            for i in range(64):
+                x, y = 8 * mx + i % 8, 8 * my + i // 8
+                sl.u(depth, ((x * 29 + c * 300) ^ (y * 53)) * top // 2048 % (top + 1))
+    stream += nal(3, 5, sl.rbsp())
+
+    rng = Lcg(7 * w + 13 * h + depth)
+    pw, ph = 64 * w, 64 * h  # picture size in quarter samples
+    for pic in range(1, pictures):
+        sl = Bits()
+        sl.ue(0); sl.ue(5); sl.ue(0); sl.u(4, pic)
+        if pic == 1:  # one reference so far
+            sl.u(1, 1); sl.ue(0)
+        else:
+            sl.u(1, 0)  # num_ref_idx_active_override_flag
+        sl.u(1, 0)  # ref_pic_list_modification_flag_l0
+        sl.u(1, 0)  # adaptive_ref_pic_marking_mode_flag
+        sl.se(0)
+        sl.ue(0); sl.se(1); sl.se(-1)
+        mvs = {}  # 4x4 block -> vector, to keep the coded differences modest
+
+        def target():
+            # Far beyond one of the edges or corners, any fraction.
+            side = rng.next(9)
+            far = 200 + rng.next(1800)
+            tx = [-far - pw, 0, far + pw][side % 3] + rng.next(64) - 32
+            ty = [-far - ph, 0, far + ph][side // 3] + rng.next(64) - 32
+            return tx, ty
+
+        for addr in range(w * h):
+            mx, my = addr % w, addr // w
+            sl.ue(0)  # mb_skip_run
+            kind = rng.next(4)
+            nrefs = min(pic, 2)
+            if kind < 3:
+                parts = [(0, 0, 16, 16)] if kind == 0 else \
+                    [(0, 0, 16, 8), (0, 8, 16, 8)] if kind == 1 else [(0, 0, 8, 16), (8, 0, 8, 16)]
+                sl.ue(kind)
+                refs = [rng.next(nrefs) for _ in parts]
+                if nrefs > 1:
+                    for r in refs:
+                        sl.u(1, 1 - r)  # te(v) with two references
+                subs = [[p] for p in parts]
+            else:
+                sl.ue(3)
+                shapes = [rng.next(4) for _ in range(4)]
+                for s in shapes:
+                    sl.ue(s)
+                refs = [rng.next(nrefs) for _ in range(4)]
+                if nrefs > 1:
+                    for r in refs:
+                        sl.u(1, 1 - r)
+                subs = []
+                for k, s in enumerate(shapes):
+                    x8, y8 = (k & 1) * 8, (k >> 1) * 8
+                    subs.append([(x8, y8, 8, 8)] if s == 0 else
+                                [(x8, y8, 8, 4), (x8, y8 + 4, 8, 4)] if s == 1 else
+                                [(x8, y8, 4, 8), (x8 + 4, y8, 4, 8)] if s == 2 else
+                                [(x8 + 4 * (j & 1), y8 + 4 * (j >> 1), 4, 4) for j in range(4)])
+            for group in subs:
+                for (x, y, pw_, ph_) in group:
+                    bx, by = 4 * mx + x // 4, 4 * my + y // 4
+                    a = mvs.get((bx - 1, by), (0, 0))
+                    b = mvs.get((bx, by - 1), (0, 0))
+                    c = mvs.get((bx + pw_ // 4, by - 1), mvs.get((bx - 1, by - 1), (0, 0)))
+                    pred = (median(a[0], b[0], c[0]), median(a[1], b[1], c[1]))
+                    tx, ty = target()
+                    sl.se(tx - pred[0])
+                    sl.se(ty - pred[1])
+                    for j in range(ph_ // 4):
+                        for i in range(pw_ // 4):
+                            mvs[(bx + i, by + j)] = (tx, ty)
+            sl.ue(0)  # coded_block_pattern 0
+        stream += nal(2, 1, sl.rbsp())
+    with open(path, "wb") as f:
+        f.write(stream)
+
+
+main()
