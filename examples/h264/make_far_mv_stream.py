@@ -4,9 +4,12 @@ vectors far outside the reference picture: an IDR picture of I_PCM
 macroblocks with a textured pattern, then P pictures whose macroblocks
 (16x16, 16x8, 8x16 and 8x8 partitions with 8x8 to 4x4 sub-partitions) point
 tens to hundreds of samples beyond every edge and corner, at every
-quarter-sample fraction, without residual, with the loop filter on.
-libx264 never leaves the picture by more than a few dozen samples.
-Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures]"""
+quarter-sample fraction, without residual, with the loop filter on; then,
+optionally, B pictures with explicit weights (weighted_bipred_idc 1) on
+lists 0, 1 and both, over every B partition and sub-partition type.
+libx264 never leaves the picture by more than a few dozen samples and never
+writes explicit B weights.
+Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures]]"""
 import sys
 
 
@@ -68,6 +71,7 @@ def median(a, b, c):
 def main():
     path = sys.argv[1]
     w, h, depth, pictures = (int(a) for a in sys.argv[2:6]) if len(sys.argv) > 5 else (5, 4, 8, 3)
+    bpictures = int(sys.argv[6]) if len(sys.argv) > 6 else 0
     sps = Bits()
     sps.u(8, 66 if depth == 8 else 110); sps.u(8, 0); sps.u(8, 30); sps.ue(0)
     if depth != 8:
@@ -83,6 +87,13 @@ def main():
     pps.u(1, 0); pps.u(2, 0); pps.se(0); pps.se(0); pps.se(0)
     pps.u(1, 1); pps.u(1, 0); pps.u(1, 0)
     stream = nal(3, 7, sps.rbsp()) + nal(3, 8, pps.rbsp())
+    # PPS 1: explicit weights in P and B slices.
+    pps = Bits()
+    pps.ue(1); pps.ue(0); pps.u(1, 0); pps.u(1, 0); pps.ue(0)
+    pps.ue(1); pps.ue(1)
+    pps.u(1, 1); pps.u(2, 1); pps.se(0); pps.se(0); pps.se(0)
+    pps.u(1, 1); pps.u(1, 0); pps.u(1, 0)
+    stream += nal(3, 8, pps.rbsp())
 
     # IDR picture: I_PCM macroblocks with a texture that differs everywhere,
     # so that every clamped read shows.
@@ -171,6 +182,101 @@ def main():
                     for j in range(ph_ // 4):
                         for i in range(pw_ // 4):
                             mvs[(bx + i, by + j)] = (tx, ty)
+            sl.ue(0)  # coded_block_pattern 0
+        stream += nal(2, 1, sl.rbsp())
+
+    # B pictures (reference pictures, so that order counts of type 2 stay
+    # in decoding order) predicting from the two latest pictures through
+    # both lists with explicit weights.
+    b_subs = {1: (1, 0), 2: (2, 0), 3: (3, 0), 4: (1, 1), 5: (1, 2), 6: (2, 1), 7: (2, 2), 8: (3, 1),
+              9: (3, 2), 10: (1, 3), 11: (2, 3), 12: (3, 3)}
+    b_pairs = [(1, 1), (2, 2), (1, 2), (2, 1), (1, 3), (2, 3), (3, 1), (3, 2), (3, 3)]
+    for bp in range(bpictures if pictures >= 3 else 0):
+        frame_num = pictures + bp
+        sl = Bits()
+        sl.ue(0); sl.ue(6); sl.ue(1); sl.u(4, frame_num % 16)
+        sl.u(1, 1)  # direct_spatial_mv_pred_flag (no direct macroblocks here)
+        sl.u(1, 0)  # two references in each list by default
+        sl.u(1, 0); sl.u(1, 0)  # no list modification
+        luma_log2, chroma_log2 = rng.next(8), rng.next(8)
+        sl.ue(luma_log2); sl.ue(chroma_log2)
+        for l in range(2):
+            for r in range(2):
+                if rng.next(4):
+                    sl.u(1, 1); sl.se(rng.next(95) - 30); sl.se(rng.next(61) - 30)
+                else:
+                    sl.u(1, 0)
+                if rng.next(4):
+                    sl.u(1, 1)
+                    for c in range(2):
+                        sl.se(rng.next(95) - 30); sl.se(rng.next(61) - 30)
+                else:
+                    sl.u(1, 0)
+        sl.u(1, 0)  # adaptive_ref_pic_marking_mode_flag
+        sl.se(0)
+        sl.ue(0); sl.se(0); sl.se(2)
+        mvs = [{}, {}]
+        near = bp % 2 == 0  # every other picture keeps its vectors inside
+
+        def btarget():
+            if near:
+                return rng.next(200) - 100, rng.next(160) - 80
+            side = rng.next(9)
+            far = 100 + rng.next(900)
+            return ([-far - pw, 0, far + pw][side % 3] + rng.next(64) - 32,
+                    [-far - ph, 0, far + ph][side // 3] + rng.next(64) - 32)
+
+        for addr in range(w * h):
+            mx, my = addr % w, addr // w
+            sl.ue(0)  # mb_skip_run
+            kind = rng.next(3)
+            if kind == 0:
+                t = 1 + rng.next(3)
+                sl.ue(t)
+                parts = [((0, 0, 16, 16), t)]
+                groups = [[parts[0][0]]]
+                preds = [t]
+            elif kind == 1:
+                t = 4 + rng.next(18)
+                sl.ue(t)
+                shape = [(0, 0, 16, 8), (0, 8, 16, 8)] if t % 2 == 0 else [(0, 0, 8, 16), (8, 0, 8, 16)]
+                preds = list(b_pairs[(t - 4) // 2])
+                groups = [[shape[0]], [shape[1]]]
+            else:
+                sl.ue(22)
+                types = [1 + rng.next(12) for _ in range(4)]
+                for st in types:
+                    sl.ue(st)
+                preds = [b_subs[st][0] for st in types]
+                groups = []
+                for k, st in enumerate(types):
+                    s = b_subs[st][1]
+                    x8, y8 = (k & 1) * 8, (k >> 1) * 8
+                    groups.append([(x8, y8, 8, 8)] if s == 0 else
+                                  [(x8, y8, 8, 4), (x8, y8 + 4, 8, 4)] if s == 1 else
+                                  [(x8, y8, 4, 8), (x8 + 4, y8, 4, 8)] if s == 2 else
+                                  [(x8 + 4 * (j & 1), y8 + 4 * (j >> 1), 4, 4) for j in range(4)])
+            for l in range(2):
+                for p in preds:
+                    if p >> l & 1:
+                        sl.u(1, 1 - rng.next(2))  # te(v) with two references
+            for l in range(2):
+                for p, group in zip(preds, groups):
+                    if not p >> l & 1:
+                        continue
+                    for (x, y, pw_, ph_) in group:
+                        bx, by = 4 * mx + x // 4, 4 * my + y // 4
+                        m = mvs[l]
+                        a = m.get((bx - 1, by), (0, 0))
+                        b = m.get((bx, by - 1), (0, 0))
+                        c = m.get((bx + pw_ // 4, by - 1), m.get((bx - 1, by - 1), (0, 0)))
+                        pred = (median(a[0], b[0], c[0]), median(a[1], b[1], c[1]))
+                        tx, ty = btarget()
+                        sl.se(tx - pred[0])
+                        sl.se(ty - pred[1])
+                        for j in range(ph_ // 4):
+                            for i in range(pw_ // 4):
+                                m[(bx + i, by + j)] = (tx, ty)
             sl.ue(0)  # coded_block_pattern 0
         stream += nal(2, 1, sl.rbsp())
     with open(path, "wb") as f:
