@@ -241,7 +241,9 @@ bool Picture::direct(int mbx, int mby, int b8, const int sref[2], const int smv[
     if (sc_->list[1].empty() || !sc_->list[1][0]) return err = "reference picture missing", false;
     const Frame* col = sc_->list[1][0];
     const int x8 = (b8 & 1) * 8, y8 = (b8 >> 1) * 8;
-    for (int j = 0; j < 4; ++j) {
+    // With 8x8 inference the co-located corner block decides the whole 8x8.
+    const int blocks = sc_->direct_8x8_inference ? 1 : 4, size = sc_->direct_8x8_inference ? 8 : 4;
+    for (int j = 0; j < blocks; ++j) {
         const int cx = x8 / 4 + (j & 1), cy = y8 / 4 + (j >> 1);
         const int ccx = sc_->direct_8x8_inference ? (b8 & 1) * 3 : cx;
         const int ccy = sc_->direct_8x8_inference ? (b8 >> 1) * 3 : cy;
@@ -291,7 +293,7 @@ bool Picture::direct(int mbx, int mby, int b8, const int sref[2], const int smv[
                 }
             }
         }
-        if (!set_cells(mbx, mby, 4 * cx, 4 * cy, 4, 4, ref, mv, err)) return false;
+        if (!set_cells(mbx, mby, 4 * cx, 4 * cy, size, size, ref, mv, err)) return false;
     }
     return true;
 }
@@ -442,6 +444,7 @@ bool Picture::predict(int mbx, int mby, const Macroblock&, std::string& err) {
                 if (!same_motion(cell(x, y), cell(x0, y0))) return false;
         return true;
     };
+    info_[static_cast<std::size_t>(mby * mbw_ + mbx)].one_motion = uniform(0, 0, 4, 4);
     if (uniform(0, 0, 4, 4)) return predict_block<P>(mbx, mby, 0, 0, 16, 16, err);
     if (uniform(0, 0, 4, 2) && uniform(0, 2, 4, 2))
         return predict_block<P>(mbx, mby, 0, 0, 16, 8, err) && predict_block<P>(mbx, mby, 0, 8, 16, 8, err);

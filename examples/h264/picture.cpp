@@ -556,6 +556,7 @@ int Picture::edge_strength(int px, int py, int qx, int qy, bool mb_edge) const {
     if (is_intra(p.kind) || is_intra(q.kind)) return mb_edge ? 4 : 3;
     const std::size_t pc = static_cast<std::size_t>(py * cw + px), qc = static_cast<std::size_t>(qy * cw + qx);
     if (nz_[pc] || nz_[qc]) return 2;
+    if (!mb_edge && q.one_motion) return 0;
     const MotionCell& a = f_->motion[pc];
     const MotionCell& b = f_->motion[qc];
     auto far = [](const std::int16_t* u, const std::int16_t* v) {

@@ -91,6 +91,7 @@ private:
         int qp = 0;     // QP_Y as the filter sees it (0 for I_PCM)
         int qpc[2] = {0, 0};
         bool t8x8 = false;
+        bool one_motion = false;  // inter, one motion over the macroblock
     };
     struct Nb {
         bool avail;
