@@ -7,9 +7,14 @@ tens to hundreds of samples beyond every edge and corner, at every
 quarter-sample fraction, without residual, with the loop filter on; then,
 optionally, B pictures with explicit weights (weighted_bipred_idc 1) on
 lists 0, 1 and both, over every B partition and sub-partition type.
+With long_term 1 the pictures also use long-term references: the IDR
+picture is marked long-term, the second P picture raises the long-term
+index limit and marks itself long-term, the third moves a short-term picture
+to that long-term index (which drops the picture holding it) and puts a
+long-term picture first in its list.
 libx264 never leaves the picture by more than a few dozen samples and never
-writes explicit B weights.
-Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures]]"""
+writes explicit B weights nor long-term references.
+Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures [long_term]]]"""
 import sys
 
 
@@ -72,13 +77,14 @@ def main():
     path = sys.argv[1]
     w, h, depth, pictures = (int(a) for a in sys.argv[2:6]) if len(sys.argv) > 5 else (5, 4, 8, 3)
     bpictures = int(sys.argv[6]) if len(sys.argv) > 6 else 0
+    lt = int(sys.argv[7]) if len(sys.argv) > 7 else 0
     sps = Bits()
     sps.u(8, 66 if depth == 8 else 110); sps.u(8, 0); sps.u(8, 30); sps.ue(0)
     if depth != 8:
         sps.ue(1); sps.ue(depth - 8); sps.ue(depth - 8); sps.u(1, 0); sps.u(1, 0)
     sps.ue(0)       # log2_max_frame_num - 4
     sps.ue(2)       # order counts of type 2
-    sps.ue(2)       # max_num_ref_frames
+    sps.ue(3 if lt else 2)  # max_num_ref_frames
     sps.u(1, 0)
     sps.ue(w - 1); sps.ue(h - 1); sps.u(1, 1); sps.u(1, 1); sps.u(1, 0); sps.u(1, 0)
     pps = Bits()
@@ -99,7 +105,7 @@ def main():
     # so that every clamped read shows.
     sl = Bits()
     sl.ue(0); sl.ue(7); sl.ue(0); sl.u(4, 0); sl.ue(0)
-    sl.u(1, 0); sl.u(1, 0)  # dec_ref_pic_marking of an IDR picture
+    sl.u(1, 0); sl.u(1, lt)  # dec_ref_pic_marking of an IDR picture
     sl.se(0)
     sl.ue(0); sl.se(0); sl.se(0)
     top = (1 << depth) - 1
@@ -125,8 +131,16 @@ def main():
             sl.u(1, 1); sl.ue(0)
         else:
             sl.u(1, 0)  # num_ref_idx_active_override_flag
-        sl.u(1, 0)  # ref_pic_list_modification_flag_l0
-        sl.u(1, 0)  # adaptive_ref_pic_marking_mode_flag
+        if lt and pic == 3:  # long-term picture 0 first in list 0
+            sl.u(1, 1); sl.ue(2); sl.ue(0); sl.ue(3)
+        else:
+            sl.u(1, 0)  # ref_pic_list_modification_flag_l0
+        if lt and pic == 2:  # long-term indices 0..1; this picture long-term 1
+            sl.u(1, 1); sl.ue(4); sl.ue(2); sl.ue(6); sl.ue(1); sl.ue(0)
+        elif lt and pic == 3:  # picture 1 (short-term) to long-term index 1
+            sl.u(1, 1); sl.ue(3); sl.ue(1); sl.ue(1); sl.ue(0)
+        else:
+            sl.u(1, 0)  # adaptive_ref_pic_marking_mode_flag
         sl.se(0)
         sl.ue(0); sl.se(1); sl.se(-1)
         mvs = {}  # 4x4 block -> vector, to keep the coded differences modest

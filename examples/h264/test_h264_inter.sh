@@ -5,8 +5,9 @@
 # partition size, explicit weights over fades, B pictures with spatial and
 # temporal direct prediction, implicit weights and pyramids, slices,
 # lossless and scaling-matrix coding, 8 and 10 bits; written streams whose
-# vectors point hundreds of samples outside the picture; then damaged inter
-# streams that must end cleanly.
+# vectors point hundreds of samples outside the picture, with explicit B
+# weights and long-term references; then damaged inter streams that must
+# end cleanly.
 # Usage: test_h264_inter.sh path/to/zanvc-h264dec SET
 #   SET p: P pictures; b: B pictures; hbd: 10-bit, far vectors, damage.
 dec=$1
@@ -118,13 +119,14 @@ hbd)
     run h10_b_temp    "$pan"      16 "bframes=2:b-pyramid=normal:ref=2:weightb=1:direct=temporal:weightp=2" -qp 22
     run h10_b_lossl   "$pan"       6 "bframes=1:ref=1" -qp 0
     pixfmt=yuv420p
-    # Written streams with vectors far outside the picture, and B pictures
-    # with explicit weights.  The reference is ffmpeg's plain C decoding:
+    # Written streams with vectors far outside the picture, B pictures with
+    # explicit weights, long-term references (marking and list modification).  The reference is ffmpeg's plain C decoding:
     # its 10-bit SIMD bi-directional weighting differs from its own C code
     # for some legal weights and denominators these streams use.
     if command -v python3 >/dev/null 2>&1; then
         refopts="-cpuflags 0"
-        for geo in "5 4 8 3" "3 2 8 4" "6 5 10 4" "4 3 10 3" "5 4 8 3 4" "3 2 8 4 3" "6 5 10 3 4" "4 4 10 4 3"; do
+        for geo in "5 4 8 3" "3 2 8 4" "6 5 10 4" "4 3 10 3" "5 4 8 3 4" "3 2 8 4 3" "6 5 10 3 4" "4 4 10 4 3" \
+            "5 4 8 5 3 1" "4 3 10 4 2 1"; do
             name=far_$(echo "$geo" | tr ' ' '_')
             python3 "$here/make_far_mv_stream.py" "$tmp/$name.264" $geo && check "$name"
         done
