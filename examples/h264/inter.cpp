@@ -268,15 +268,15 @@ bool Picture::direct(int mbx, int mby, int b8, const int sref[2], const int smv[
         } else {
             ref[0] = 0;
             ref[1] = 0;
-            if (ref_col >= 0) {
-                ref[0] = -1;
+            // The lowest list-0 index of the picture the co-located block
+            // referred to; a stream whose list 0 lacks that picture gets
+            // index 0.
+            if (ref_col >= 0)
                 for (std::size_t i = 0; i < sc_->list[0].size(); ++i)
                     if (sc_->list[0][i] && sc_->list[0][i]->uid == uid_col) {
                         ref[0] = static_cast<int>(i);
                         break;
                     }
-                if (ref[0] < 0) return err = "temporal direct: the co-located reference is not in list 0", false;
-            }
             const Frame* f0 = sc_->list[0].empty() ? nullptr : sc_->list[0][static_cast<std::size_t>(ref[0])];
             if (!f0) return err = "reference picture missing", false;
             const int diff = col->poc - f0->poc;

@@ -12,9 +12,13 @@ picture is marked long-term, the second P picture raises the long-term
 index limit and marks itself long-term, the third moves a short-term picture
 to that long-term index (which drops the picture holding it) and puts a
 long-term picture first in its list.
+With direct 1 or 2 the B pictures also hold B_Skip, B_Direct_16x16 and
+direct 8x8 sub-macroblocks, spatial and temporal by turns; 2 turns the 8x8
+inference of direct vectors off.
 libx264 never leaves the picture by more than a few dozen samples and never
-writes explicit B weights nor long-term references.
-Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures [long_term]]]"""
+writes explicit B weights, long-term references or direct prediction
+without 8x8 inference.
+Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures [long_term [direct]]]]"""
 import sys
 
 
@@ -78,15 +82,18 @@ def main():
     w, h, depth, pictures = (int(a) for a in sys.argv[2:6]) if len(sys.argv) > 5 else (5, 4, 8, 3)
     bpictures = int(sys.argv[6]) if len(sys.argv) > 6 else 0
     lt = int(sys.argv[7]) if len(sys.argv) > 7 else 0
+    direct = int(sys.argv[8]) if len(sys.argv) > 8 else 0
     sps = Bits()
     sps.u(8, 66 if depth == 8 else 110); sps.u(8, 0); sps.u(8, 30); sps.ue(0)
     if depth != 8:
         sps.ue(1); sps.ue(depth - 8); sps.ue(depth - 8); sps.u(1, 0); sps.u(1, 0)
     sps.ue(0)       # log2_max_frame_num - 4
     sps.ue(2)       # order counts of type 2
-    sps.ue(3 if lt else 2)  # max_num_ref_frames
+    sps.ue(4 if direct else 3 if lt else 2)  # max_num_ref_frames
     sps.u(1, 0)
-    sps.ue(w - 1); sps.ue(h - 1); sps.u(1, 1); sps.u(1, 1); sps.u(1, 0); sps.u(1, 0)
+    sps.ue(w - 1); sps.ue(h - 1); sps.u(1, 1)
+    sps.u(1, 0 if direct == 2 else 1)  # direct_8x8_inference_flag
+    sps.u(1, 0); sps.u(1, 0)
     pps = Bits()
     pps.ue(0); pps.ue(0); pps.u(1, 0); pps.u(1, 0); pps.ue(0)
     pps.ue(1); pps.ue(0)  # two list-0 references by default
@@ -209,13 +216,19 @@ def main():
         frame_num = pictures + bp
         sl = Bits()
         sl.ue(0); sl.ue(6); sl.ue(1); sl.u(4, frame_num % 16)
-        sl.u(1, 1)  # direct_spatial_mv_pred_flag (no direct macroblocks here)
-        sl.u(1, 0)  # two references in each list by default
+        sl.u(1, 1 if not direct else bp % 2)  # direct_spatial_mv_pred_flag
+        # Temporal direct needs the co-located block's reference in list 0:
+        # with direct macroblocks, list 0 holds every reference.
+        nref = [min(pictures + bp, 4) if direct else 2, 2]
+        if direct:
+            sl.u(1, 1); sl.ue(nref[0] - 1); sl.ue(nref[1] - 1)
+        else:
+            sl.u(1, 0)  # two references in each list by default
         sl.u(1, 0); sl.u(1, 0)  # no list modification
         luma_log2, chroma_log2 = rng.next(8), rng.next(8)
         sl.ue(luma_log2); sl.ue(chroma_log2)
         for l in range(2):
-            for r in range(2):
+            for r in range(nref[l]):
                 if rng.next(4):
                     sl.u(1, 1); sl.se(rng.next(95) - 30); sl.se(rng.next(61) - 30)
                 else:
@@ -240,10 +253,19 @@ def main():
             return ([-far - pw, 0, far + pw][side % 3] + rng.next(64) - 32,
                     [-far - ph, 0, far + ph][side // 3] + rng.next(64) - 32)
 
+        skipped = 0
         for addr in range(w * h):
             mx, my = addr % w, addr // w
-            sl.ue(0)  # mb_skip_run
-            kind = rng.next(3)
+            if direct and rng.next(5) == 0:
+                skipped += 1  # B_Skip
+                continue
+            sl.ue(skipped)  # mb_skip_run
+            skipped = 0
+            kind = rng.next(4 if direct else 3)
+            if kind == 3:
+                sl.ue(0)  # B_Direct_16x16
+                sl.ue(0)  # coded_block_pattern 0
+                continue
             if kind == 0:
                 t = 1 + rng.next(3)
                 sl.ue(t)
@@ -258,12 +280,15 @@ def main():
                 groups = [[shape[0]], [shape[1]]]
             else:
                 sl.ue(22)
-                types = [1 + rng.next(12) for _ in range(4)]
+                types = [(0 if direct and rng.next(3) == 0 else 1 + rng.next(12)) for _ in range(4)]
                 for st in types:
                     sl.ue(st)
-                preds = [b_subs[st][0] for st in types]
+                preds = [b_subs[st][0] if st else 0 for st in types]
                 groups = []
                 for k, st in enumerate(types):
+                    if st == 0:
+                        groups.append([])
+                        continue
                     s = b_subs[st][1]
                     x8, y8 = (k & 1) * 8, (k >> 1) * 8
                     groups.append([(x8, y8, 8, 8)] if s == 0 else
@@ -273,7 +298,11 @@ def main():
             for l in range(2):
                 for p in preds:
                     if p >> l & 1:
-                        sl.u(1, 1 - rng.next(2))  # te(v) with two references
+                        r = rng.next(nref[l])
+                        if nref[l] == 2:
+                            sl.u(1, 1 - r)  # te(v) with two references
+                        else:
+                            sl.ue(r)
             for l in range(2):
                 for p, group in zip(preds, groups):
                     if not p >> l & 1:
@@ -292,6 +321,8 @@ def main():
                             for i in range(pw_ // 4):
                                 m[(bx + i, by + j)] = (tx, ty)
             sl.ue(0)  # coded_block_pattern 0
+        if skipped:
+            sl.ue(skipped)
         stream += nal(2, 1, sl.rbsp())
     with open(path, "wb") as f:
         f.write(stream)
