@@ -18,7 +18,10 @@ inference of direct vectors off.
 libx264 never leaves the picture by more than a few dozen samples and never
 writes explicit B weights, long-term references or direct prediction
 without 8x8 inference.
-Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures [long_term [direct]]]]"""
+With poc1 1 the order counts are of type 1 (a cycle of two offsets and a
+small per-picture delta), so that temporal direct scaling sees uneven
+distances.
+Usage: make_far_mv_stream.py OUT.264 [width_mbs height_mbs bit_depth pictures [b_pictures [long_term [direct [poc1]]]]]"""
 import sys
 
 
@@ -83,12 +86,16 @@ def main():
     bpictures = int(sys.argv[6]) if len(sys.argv) > 6 else 0
     lt = int(sys.argv[7]) if len(sys.argv) > 7 else 0
     direct = int(sys.argv[8]) if len(sys.argv) > 8 else 0
+    poc1 = int(sys.argv[9]) if len(sys.argv) > 9 else 0
     sps = Bits()
     sps.u(8, 66 if depth == 8 else 110); sps.u(8, 0); sps.u(8, 30); sps.ue(0)
     if depth != 8:
         sps.ue(1); sps.ue(depth - 8); sps.ue(depth - 8); sps.u(1, 0); sps.u(1, 0)
     sps.ue(0)       # log2_max_frame_num - 4
-    sps.ue(2)       # order counts of type 2
+    if poc1:
+        sps.ue(1); sps.u(1, 0); sps.se(0); sps.se(1); sps.ue(2); sps.se(3); sps.se(5)
+    else:
+        sps.ue(2)   # order counts of type 2
     sps.ue(4 if direct else 3 if lt else 2)  # max_num_ref_frames
     sps.u(1, 0)
     sps.ue(w - 1); sps.ue(h - 1); sps.u(1, 1)
@@ -112,6 +119,8 @@ def main():
     # so that every clamped read shows.
     sl = Bits()
     sl.ue(0); sl.ue(7); sl.ue(0); sl.u(4, 0); sl.ue(0)
+    if poc1:
+        sl.se(0)    # delta_pic_order_cnt[0]
     sl.u(1, 0); sl.u(1, lt)  # dec_ref_pic_marking of an IDR picture
     sl.se(0)
     sl.ue(0); sl.se(0); sl.se(0)
@@ -134,6 +143,8 @@ def main():
     for pic in range(1, pictures):
         sl = Bits()
         sl.ue(0); sl.ue(5); sl.ue(0); sl.u(4, pic)
+        if poc1:
+            sl.se(pic % 3 - 1)
         if pic == 1:  # one reference so far
             sl.u(1, 1); sl.ue(0)
         else:
@@ -216,6 +227,8 @@ def main():
         frame_num = pictures + bp
         sl = Bits()
         sl.ue(0); sl.ue(6); sl.ue(1); sl.u(4, frame_num % 16)
+        if poc1:
+            sl.se(1 - frame_num % 3)
         sl.u(1, 1 if not direct else bp % 2)  # direct_spatial_mv_pred_flag
         # Temporal direct needs the co-located block's reference in list 0:
         # with direct macroblocks, list 0 holds every reference.

@@ -135,14 +135,15 @@ hbd)
     # Written streams with vectors far outside the picture, B pictures with
     # explicit weights, long-term references (marking and list modification),
     # B_Skip, B_Direct_16x16 and direct sub-macroblocks, spatial and
-    # temporal, with and without 8x8 inference.  The reference is ffmpeg's plain C decoding:
+    # temporal, with and without 8x8 inference; order counts of type 1.  The reference is ffmpeg's plain C decoding:
     # its 10-bit SIMD bi-directional weighting differs from its own C code
     # for some legal weights and denominators these streams use.
     if command -v python3 >/dev/null 2>&1; then
         refopts="-cpuflags 0"
         for geo in "5 4 8 3" "3 2 8 4" "6 5 10 4" "4 3 10 3" "5 4 8 3 4" "3 2 8 4 3" "6 5 10 3 4" "4 4 10 4 3" \
             "5 4 8 5 3 1" "4 3 10 4 2 1" \
-            "5 4 8 4 4 0 1" "5 4 8 4 4 0 2" "5 3 10 4 3 0 2" "6 4 8 5 4 1 2" "4 4 10 3 5 0 1" "4 4 8 3 5 1 1"; do
+            "5 4 8 4 4 0 1" "5 4 8 4 4 0 2" "5 3 10 4 3 0 2" "6 4 8 5 4 1 2" "4 4 10 3 5 0 1" "4 4 8 3 5 1 1" \
+            "4 4 10 3 5 0 1 1" "5 4 8 3 3 0 0 1"; do
             name=far_$(echo "$geo" | tr ' ' '_')
             python3 "$here/make_far_mv_stream.py" "$tmp/$name.264" $geo && check "$name"
         done
