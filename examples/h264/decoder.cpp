@@ -285,6 +285,10 @@ struct Decoder {
             }
             cur->short_ref = true;
         }
+        int refs = 0;
+        for (auto& f : pool) refs += f->is_ref() ? 1 : 0;
+        if (refs > std::max(1, sps_cur.max_num_ref_frames))
+            return err = "more reference pictures than the sequence allows", false;
         if (mmco5) {
             // The picture now counts as frame 0 with order count 0.
             bump(0);
