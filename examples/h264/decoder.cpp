@@ -1,6 +1,7 @@
 // The H.264 example decoder: parameter sets, slices and pictures of an Annex B
 // stream, decoded with the library's code tables, residual decoding,
-// reconstruction and loop filter.
+// reconstruction, interpolation, weighting and loop filter; order counts,
+// reference lists and marking, and output in display order.
 #include "decoder.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
-// The picture pipeline of the H.264 example decoder: intra prediction and
-// reconstruction of parsed macroblocks through the library, the loop filter
-// over the finished picture, and the bookkeeping of neighbours.
+// The picture pipeline of the H.264 example decoder: intra and inter
+// prediction and reconstruction of parsed macroblocks through the library,
+// the loop filter over the finished picture, the bookkeeping of neighbours,
+// and the pictures (samples, motion, marking) that later pictures refer to.
 #pragma once
 
 #include <cstdint>

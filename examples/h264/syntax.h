@@ -1,6 +1,7 @@
 // Syntax of the H.264 example decoder: parameter sets, slice headers and the
-// macroblock layer of intra slices coded with CAVLC.  Nothing here touches
-// the picture; a parsed macroblock is handed to the picture pipeline.
+// macroblock layer of I, P and B slices coded with CAVLC.  Nothing here
+// touches the picture; a parsed macroblock is handed to the picture
+// pipeline.
 #pragma once
 
 #include <cstdint>
