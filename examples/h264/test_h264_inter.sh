@@ -104,6 +104,10 @@ p)
     run p_lossless    "$pan"       6 "bframes=0:ref=1" -qp 0
     # Cropped size (not a multiple of 16).
     run p_crop        "$zoom"     12 "bframes=0:ref=2:partitions=all" -qp 28 -s 200x120
+    # 4:2:2 chroma in P pictures is refused with a message.
+    pixfmt=yuv422p
+    encode c422 "$pan" 3 "bframes=0:ref=1" -qp 26 && refuse c422_inter "$tmp/c422.264"
+    pixfmt=yuv420p
     ;;
 b)
     # Plain B pictures, then pyramids, both direct modes, implicit weights.
