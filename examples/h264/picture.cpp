@@ -1,6 +1,7 @@
 #include "picture.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace h264ex {
@@ -155,8 +156,9 @@ ZanStatus chroma422(Zan32s**, Zan16u* const*, const ZanReconstructRecord* rec, Z
 
 }  // namespace
 
-bool Picture::init(const Sps& sps, const Pps& pps) {
+bool Picture::init(const Sps& sps, const Pps& pps, Frame* f) {
     sps_ = sps;
+    f_ = f;
     mbw_ = sps.mb_width;
     mbh_ = sps.mb_height;
     ystride_ = 16 * mbw_;
@@ -169,14 +171,29 @@ bool Picture::init(const Sps& sps, const Pps& pps) {
     const std::size_t ysize = static_cast<std::size_t>(ystride_) * 16 * static_cast<std::size_t>(mbh_);
     const std::size_t csize = static_cast<std::size_t>(cstride_ * mbch_) * static_cast<std::size_t>(mbh_);
     if (hbd_) {
-        y16_.assign(ysize, 0);
-        u16_.assign(csize, 0);
-        v16_ = u16_;
+        f_->y16.resize(ysize);
+        f_->u16.resize(csize);
+        f_->v16.resize(csize);
     } else {
-        y_.assign(ysize, 0);
-        u_.assign(csize, 0);
-        v_ = u_;
+        f_->y.resize(ysize);
+        f_->u.resize(csize);
+        f_->v.resize(csize);
     }
+    f_->motion.resize(static_cast<std::size_t>(16 * mbw_ * mbh_));
+    f_->mbw = mbw_;
+    f_->mbh = mbh_;
+    f_->ystride = ystride_;
+    f_->cstride = cstride_;
+    f_->mbch = mbch_;
+    f_->hbd = hbd_;
+    f_->bit_depth_luma = sps.bit_depth_luma;
+    f_->bit_depth_chroma = sps.bit_depth_chroma;
+    f_->chroma_format = sps.chroma_format_idc;
+    f_->crop_left = sps.crop_left;
+    f_->crop_right = sps.crop_right;
+    f_->crop_top = sps.crop_top;
+    f_->crop_bottom = sps.crop_bottom;
+    nz_.assign(static_cast<std::size_t>(16 * mbw_ * mbh_), 0);
     info_.assign(static_cast<std::size_t>(mbw_ * mbh_), MbInfo{});
     mode_.assign(static_cast<std::size_t>(16 * mbw_ * mbh_), 2);
     total_.assign(mode_.size(), 0);
@@ -189,17 +206,18 @@ bool Picture::init(const Sps& sps, const Pps& pps) {
 void Picture::use_pps(const Pps& pps) {
     chroma_qp_offset_[0] = pps.chroma_qp_offset[0];
     chroma_qp_offset_[1] = pps.chroma_qp_offset[1];
-    for (int l = 0; l < 3; ++l)
+    for (int l = 0; l < 6; ++l)
         for (int m = 0; m < 6; ++m)
             for (int k = 0; k < 16; ++k) {
                 const int pos = kZigzag4x4[k];
                 ls4_[l][m][pos] = static_cast<Zan16s>(pps.scaling4x4[l][k] * norm4(m, pos));
             }
-    for (int m = 0; m < 6; ++m)
-        for (int k = 0; k < 64; ++k) {
-            const int pos = kZigzag8x8[k];
-            ls8_[m][pos] = static_cast<Zan16s>(pps.scaling8x8[0][k] * norm8(m, pos));
-        }
+    for (int l = 0; l < 2; ++l)
+        for (int m = 0; m < 6; ++m)
+            for (int k = 0; k < 64; ++k) {
+                const int pos = kZigzag8x8[k];
+                ls8_[l][m][pos] = static_cast<Zan16s>(pps.scaling8x8[l][k] * norm8(m, pos));
+            }
 }
 
 void Picture::neighbours(int addr, int slice, NeighbourInfo& nb) const {
@@ -246,7 +264,23 @@ bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& 
             total_c_[p][static_cast<std::size_t>((cbh_ * mby + (b >> 1)) * ccw + 2 * mbx + (b & 1))] = mb.total_c[p][b];
     in.slice = slice;
     in.kind = mb.kind;
-    in.t8x8 = mb.kind == kMbI8x8;
+    in.t8x8 = mb.kind == kMbI8x8 || (!is_intra(mb.kind) && mb.t8x8);
+    for (int b = 0; b < 16; ++b) {
+        bool nz = mb.total[b] != 0;
+        if (in.t8x8) {
+            const int b8 = b & ~3;
+            nz = (mb.total[b8] | mb.total[b8 + 1] | mb.total[b8 + 2] | mb.total[b8 + 3]) != 0;
+        }
+        nz_[static_cast<std::size_t>((4 * mby + block_y(b)) * cw + 4 * mbx + block_x(b))] = nz ? 1 : 0;
+    }
+    if (is_intra(mb.kind)) {
+        for (int r = 0; r < 4; ++r)
+            for (int c = 0; c < 4; ++c) {
+                MotionCell& m = f_->motion[static_cast<std::size_t>((4 * mby + r) * cw + 4 * mbx + c)];
+                std::memset(&m, 0, sizeof m);
+                m.ref[0] = m.ref[1] = -1;
+            }
+    }
     if (mb.kind == kMbPcm) {
         in.qp = 0;
         const std::size_t yo = static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx);
@@ -254,19 +288,19 @@ bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& 
         for (int r = 0; r < 16; ++r)
             for (int c = 0; c < 16; ++c) {
                 const std::size_t i = yo + static_cast<std::size_t>(r * ystride_ + c);
-                if (hbd_) y16_[i] = mb.pcm[16 * r + c];
-                else y_[i] = static_cast<Zan8u>(mb.pcm[16 * r + c]);
+                if (hbd_) f_->y16[i] = mb.pcm[16 * r + c];
+                else f_->y[i] = static_cast<Zan8u>(mb.pcm[16 * r + c]);
             }
         for (int r = 0; r < mbch_; ++r)
             for (int c = 0; c < 8; ++c) {
                 const std::size_t i = co + static_cast<std::size_t>(r * cstride_ + c);
                 const std::uint16_t su = mb.pcm[256 + 8 * r + c], sv = mb.pcm[256 + 8 * mbch_ + 8 * r + c];
                 if (hbd_) {
-                    u16_[i] = su;
-                    v16_[i] = sv;
+                    f_->u16[i] = su;
+                    f_->v16[i] = sv;
                 } else {
-                    u_[i] = static_cast<Zan8u>(su);
-                    v_[i] = static_cast<Zan8u>(sv);
+                    f_->u[i] = static_cast<Zan8u>(su);
+                    f_->v[i] = static_cast<Zan8u>(sv);
                 }
             }
         in.qpc[0] = chroma_qp(0, chroma_qp_offset_[0], qp_bd_c_);
@@ -276,6 +310,22 @@ bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& 
     in.qp = mb.qp;
     in.qpc[0] = chroma_qp(mb.qp, pps.chroma_qp_offset[0], qp_bd_c_);
     in.qpc[1] = chroma_qp(mb.qp, pps.chroma_qp_offset[1], qp_bd_c_);
+    if (!is_intra(mb.kind)) {
+        slice_ = slice;
+        if (!motion(mbx, mby, mb, err)) return false;
+        const std::size_t yo = static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx);
+        const std::size_t co = static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
+        if (hbd_) {
+            if (!predict<Zan16u>(mbx, mby, mb, err)) return false;
+            if (!inter_residual<Zan16u, Zan32s>(f_->y16.data() + yo, f_->u16.data() + co, f_->v16.data() + co, mb, in))
+                return err = "residual reconstruction failed", false;
+        } else {
+            if (!predict<Zan8u>(mbx, mby, mb, err)) return false;
+            if (!inter_residual<Zan8u, Zan16s>(f_->y.data() + yo, f_->u.data() + co, f_->v.data() + co, mb, in))
+                return err = "residual reconstruction failed", false;
+        }
+        return true;
+    }
 
     Zan8u edge = 0;
     if (!available(mbx - 1, mby, slice)) edge |= 1;
@@ -284,14 +334,14 @@ bool Picture::reconstruct(int addr, int slice, const Macroblock& mb, const Pps& 
     if (!available(mbx + 1, mby - 1, slice)) edge |= 32;
     bool ok;
     if (hbd_)
-        ok = recon_mb<Zan16u, Zan32s>(y16_.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx),
-                                      u16_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx),
-                                      v16_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx), mb,
+        ok = recon_mb<Zan16u, Zan32s>(f_->y16.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx),
+                                      f_->u16.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx),
+                                      f_->v16.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx), mb,
                                       in, edge);
     else
-        ok = recon_mb<Zan8u, Zan16s>(y_.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx),
-                                     u_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx),
-                                     v_.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx), mb, in,
+        ok = recon_mb<Zan8u, Zan16s>(f_->y.data() + static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx),
+                                     f_->u.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx),
+                                     f_->v.data() + static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx), mb, in,
                                      edge);
     if (!ok) return err = "prediction needs a neighbour that is absent", false;
     return true;
@@ -321,7 +371,7 @@ bool Picture::recon_mb(P* y, P* u, P* v, const Macroblock& mb, const MbInfo& in,
         st = luma4x4(&cur, y, la, mb.modes, edge);
     } else if (mb.kind == kMbI8x8) {
         la.pattern &= 15;
-        la.scale = ls8_[m];
+        la.scale = ls8_[0][m];
         st = luma8x8(&cur, y, la, mb.modes, edge);
     } else if (bypass && mb.mode16 <= 1) {
         la.pattern = 0;
@@ -396,6 +446,19 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
         return !(sf.disable == 2 && p.slice != q.slice);
     };
     const bool left = neighbour_ok(mbx - 1, mby), top = neighbour_ok(mbx, mby - 1);
+    // Boundary strengths by direction, edge and segment (before the 8x8
+    // transform leaves out the luma edges 1 and 3).
+    Zan8u strength[2][16];
+    for (int dir = 0; dir < 2; ++dir)
+        for (int e = 0; e < 4; ++e)
+            for (int k = 0; k < 4; ++k) {
+                Zan8u s = 0;
+                if (e > 0 || (dir == 0 ? left : top)) {
+                    const int qx = 4 * mbx + (dir == 0 ? e : k), qy = 4 * mby + (dir == 0 ? k : e);
+                    s = static_cast<Zan8u>(edge_strength(dir == 0 ? qx - 1 : qx, dir == 0 ? qy : qy - 1, qx, qy, e == 0));
+                }
+                strength[dir][4 * e + k] = s;
+            }
     // Luma then the two chroma planes; vertical edges, then horizontal.
     for (int plane = 0; plane < 3; ++plane) {
         const int qq = plane == 0 ? q.qp : q.qpc[plane - 1];
@@ -416,12 +479,10 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
                 alpha[k] = kAlpha[ia[k]];
                 beta[k] = kBeta[ib];
             }
-            for (int e = 0; e < 4; ++e) {
-                Zan8u s = 3;
-                if (e == 0) s = outer ? 4 : 0;
-                if (plane == 0 && q.t8x8 && (e & 1)) s = 0;
-                for (int k = 0; k < 4; ++k) bs[4 * e + k] = s;
-            }
+            for (int e = 0; e < 4; ++e)
+                for (int k = 0; k < 4; ++k)
+                    bs[4 * e + k] = plane == 0 && q.t8x8 && (e & 1) ? 0 : strength[dir][4 * e + k];
+            auto tc0 = [&](int index_a, int s) -> Zan8u { return s >= 1 && s <= 3 ? kTc0[index_a][s - 1] : 0; };
             // The edge arrays in the layouts of the library's filters.
             Zan8u fbs[16] = {}, ftc[16] = {};
             const int kind = plane == 0 ? 0 : mbch_ == 16 ? 2 : 1;
@@ -429,30 +490,30 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
                 for (int e = 0; e < 4; ++e)
                     for (int k = 0; k < 4; ++k) {
                         fbs[4 * e + k] = bs[4 * e + k];
-                        ftc[4 * e + k] = kTc0[e == 0 ? ia[0] : ia[1]][2];
+                        ftc[4 * e + k] = tc0(e == 0 ? ia[0] : ia[1], bs[4 * e + k]);
                     }
             } else if (kind == 1 || dir == 0) {
                 // Chroma edges 0 and 4 (4:2:0 both ways, 4:2:2 vertical)
                 // follow luma edges 0 and 8.
                 for (int k = 0; k < 4; ++k) {
                     fbs[k] = bs[k];
-                    fbs[8 + k] = 3;
-                    ftc[k] = kTc0[ia[0]][2];
-                    ftc[4 + k] = kTc0[ia[1]][2];
+                    fbs[8 + k] = bs[8 + k];
+                    ftc[k] = tc0(ia[0], bs[k]);
+                    ftc[4 + k] = tc0(ia[1], bs[8 + k]);
                 }
             } else {
                 // 4:2:2 horizontal edges at rows 0, 4, 8 and 12.
                 for (int e = 0; e < 4; ++e)
                     for (int k = 0; k < 4; ++k) {
-                        fbs[4 * e + k] = e == 0 ? bs[k] : 3;
-                        ftc[4 * e + k] = kTc0[e == 0 ? ia[0] : ia[1]][2];
+                        fbs[4 * e + k] = bs[4 * e + k];
+                        ftc[4 * e + k] = tc0(e == 0 ? ia[0] : ia[1], bs[4 * e + k]);
                     }
             }
             const int stride = plane == 0 ? ystride_ : cstride_;
             const std::size_t off = plane == 0 ? static_cast<std::size_t>(16 * mby * ystride_ + 16 * mbx)
                                                : static_cast<std::size_t>(mbch_ * mby * cstride_ + 8 * mbx);
             if (!hbd_) {
-                Zan8u* p0 = (plane == 0 ? y_ : plane == 1 ? u_ : v_).data() + off;
+                Zan8u* p0 = (plane == 0 ? f_->y : plane == 1 ? f_->u : f_->v).data() + off;
                 const ZanDeblockingRecord rec{p0, stride, alpha, beta, ftc, fbs, 8};
                 if (kind == 0)
                     dir == 0 ? zaniFilterDeblockingLuma_VerEdge_H264_8u_C1IR(p0, stride, alpha, beta, ftc, fbs)
@@ -472,7 +533,7 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
                     b16[k] = static_cast<Zan16u>(beta[k] << (depth - 8));
                 }
                 for (int k = 0; k < 16; ++k) t16[k] = static_cast<Zan16u>(ftc[k] << (depth - 8));
-                Zan16u* p0 = (plane == 0 ? y16_ : plane == 1 ? u16_ : v16_).data() + off;
+                Zan16u* p0 = (plane == 0 ? f_->y16 : plane == 1 ? f_->u16 : f_->v16).data() + off;
                 const ZanDeblockingRecord rec{p0, stride, a16, b16, t16, fbs, depth};
                 if (kind == 0)
                     dir == 0 ? zaniFilterDeblockingLumaVerEdge_H264_16u_C1IR(&rec)
@@ -486,6 +547,37 @@ void Picture::filter_mb(int mbx, int mby, const std::vector<SliceFilter>& slices
             }
         }
     }
+}
+
+int Picture::edge_strength(int px, int py, int qx, int qy, bool mb_edge) const {
+    const int cw = 4 * mbw_;
+    const MbInfo& p = info_[static_cast<std::size_t>((py >> 2) * mbw_ + (px >> 2))];
+    const MbInfo& q = info_[static_cast<std::size_t>((qy >> 2) * mbw_ + (qx >> 2))];
+    if (is_intra(p.kind) || is_intra(q.kind)) return mb_edge ? 4 : 3;
+    const std::size_t pc = static_cast<std::size_t>(py * cw + px), qc = static_cast<std::size_t>(qy * cw + qx);
+    if (nz_[pc] || nz_[qc]) return 2;
+    if (!mb_edge && q.one_motion) return 0;
+    const MotionCell& a = f_->motion[pc];
+    const MotionCell& b = f_->motion[qc];
+    auto far = [](const std::int16_t* u, const std::int16_t* v) {
+        return std::abs(u[0] - v[0]) >= 4 || std::abs(u[1] - v[1]) >= 4;
+    };
+    const int na = (a.ref[0] >= 0) + (a.ref[1] >= 0), nb = (b.ref[0] >= 0) + (b.ref[1] >= 0);
+    if (na != nb) return 1;
+    if (na == 1) {
+        const int la = a.ref[0] >= 0 ? 0 : 1, lb = b.ref[0] >= 0 ? 0 : 1;
+        if (a.uid[la] != b.uid[lb]) return 1;
+        return far(a.mv[la], b.mv[lb]) ? 1 : 0;
+    }
+    // Two vectors each: the same two pictures, then the vectors matched by
+    // picture.
+    if (!((a.uid[0] == b.uid[0] && a.uid[1] == b.uid[1]) || (a.uid[0] == b.uid[1] && a.uid[1] == b.uid[0]))) return 1;
+    if (a.uid[0] != a.uid[1]) {
+        if (a.uid[0] == b.uid[0]) return far(a.mv[0], b.mv[0]) || far(a.mv[1], b.mv[1]) ? 1 : 0;
+        return far(a.mv[0], b.mv[1]) || far(a.mv[1], b.mv[0]) ? 1 : 0;
+    }
+    return (far(a.mv[0], b.mv[0]) || far(a.mv[1], b.mv[1])) && (far(a.mv[0], b.mv[1]) || far(a.mv[1], b.mv[0])) ? 1
+                                                                                                             : 0;
 }
 
 void Picture::deblock(const std::vector<SliceFilter>& slices) {
@@ -509,24 +601,24 @@ static void append_plane(std::vector<unsigned char>& out, const P* base, int str
     }
 }
 
-void Picture::output(DecodedFrame& f) const {
-    const int w = 16 * mbw_ - sps_.crop_left - sps_.crop_right;
-    const int h = 16 * mbh_ - sps_.crop_top - sps_.crop_bottom;
-    const int ch = h * mbch_ / 16, cy = sps_.crop_top * mbch_ / 16;
+void Frame::output(DecodedFrame& f) const {
+    const int w = 16 * mbw - crop_left - crop_right;
+    const int h = 16 * mbh - crop_top - crop_bottom;
+    const int ch = h * mbch / 16, cy = crop_top * mbch / 16;
     f.width = w;
     f.height = h;
-    f.bit_depth = sps_.bit_depth_luma;
-    f.chroma_format = sps_.chroma_format_idc;
+    f.bit_depth = bit_depth_luma;
+    f.chroma_format = chroma_format;
     f.data.clear();
-    f.data.reserve(static_cast<std::size_t>(w * h + 2 * (w / 2) * ch) * (hbd_ ? 2 : 1));
-    if (hbd_) {
-        append_plane(f.data, y16_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h);
-        append_plane(f.data, u16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
-        append_plane(f.data, v16_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+    f.data.reserve(static_cast<std::size_t>(w * h + 2 * (w / 2) * ch) * (hbd ? 2 : 1));
+    if (hbd) {
+        append_plane(f.data, y16.data(), ystride, crop_left, crop_top, w, h);
+        append_plane(f.data, u16.data(), cstride, crop_left / 2, cy, w / 2, ch);
+        append_plane(f.data, v16.data(), cstride, crop_left / 2, cy, w / 2, ch);
     } else {
-        append_plane(f.data, y_.data(), ystride_, sps_.crop_left, sps_.crop_top, w, h);
-        append_plane(f.data, u_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
-        append_plane(f.data, v_.data(), cstride_, sps_.crop_left / 2, cy, w / 2, ch);
+        append_plane(f.data, y.data(), ystride, crop_left, crop_top, w, h);
+        append_plane(f.data, u.data(), cstride, crop_left / 2, cy, w / 2, ch);
+        append_plane(f.data, v.data(), cstride, crop_left / 2, cy, w / 2, ch);
     }
 }
 

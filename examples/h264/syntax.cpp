@@ -187,15 +187,16 @@ bool parse_sps(BitReader& br, std::vector<Sps>& spss, std::string& err) {
         if (s.log2_max_poc_lsb > 16) return err = "bad log2_max_pic_order_cnt_lsb", false;
     } else if (s.poc_type == 1) {
         s.delta_pic_order_always_zero = br.flag();
-        br.se();
-        br.se();
+        s.offset_for_non_ref_pic = br.se();
+        s.offset_for_top_to_bottom = br.se();
         const std::uint32_t n = br.ue();
         if (n > 255) return err = "bad num_ref_frames_in_pic_order_cnt_cycle", false;
-        for (std::uint32_t i = 0; i < n; ++i) br.se();
+        for (std::uint32_t i = 0; i < n; ++i) s.offset_for_ref_frame.push_back(br.se());
     } else if (s.poc_type != 2) {
         return err = "bad pic_order_cnt_type", false;
     }
-    br.ue();    // max_num_ref_frames
+    s.max_num_ref_frames = static_cast<int>(br.ue());
+    if (s.max_num_ref_frames > 16) return err = "bad max_num_ref_frames", false;
     br.flag();  // gaps_in_frame_num_value_allowed_flag
     const std::uint32_t w = br.ue() + 1, h = br.ue() + 1;
     s.frame_mbs_only = br.flag();
@@ -203,7 +204,7 @@ bool parse_sps(BitReader& br, std::vector<Sps>& spss, std::string& err) {
     if (w > 1024 || h > 1024) return err = "picture too large", false;
     s.mb_width = static_cast<int>(w);
     s.mb_height = static_cast<int>(h);
-    br.flag();  // direct_8x8_inference_flag
+    s.direct_8x8_inference = br.flag();
     if (br.flag()) {
         const int cx = s.chroma_format_idc == 1 || s.chroma_format_idc == 2 ? 2 : 1;
         const int cy = s.chroma_format_idc == 1 ? 2 : 1;
@@ -233,10 +234,14 @@ bool parse_pps(BitReader& br, const std::vector<Sps>& spss, std::vector<Pps>& pp
     p.bottom_field_pic_order_present = br.flag();
     p.num_slice_groups = static_cast<int>(br.ue()) + 1;
     if (p.num_slice_groups != 1) return err = "slice groups are not supported", false;
-    br.ue();
-    br.ue();  // num_ref_idx_l0/l1_default_active_minus1
-    br.flag();
-    br.u(2);  // weighted prediction
+    for (int l = 0; l < 2; ++l) {
+        const std::uint32_t n = br.ue();
+        if (n > 31) return err = "bad num_ref_idx_default_active_minus1", false;
+        p.num_ref_idx_default[l] = static_cast<int>(n) + 1;
+    }
+    p.weighted_pred = br.flag();
+    p.weighted_bipred_idc = static_cast<int>(br.u(2));
+    if (p.weighted_bipred_idc == 3) return err = "bad weighted_bipred_idc", false;
     p.pic_init_qp = 26 + br.se();
     br.se();  // pic_init_qs
     p.chroma_qp_offset[0] = br.se();
@@ -271,9 +276,15 @@ bool parse_pps(BitReader& br, const std::vector<Sps>& spss, std::vector<Pps>& pp
 
 bool parse_slice_header(BitReader& br, int nal_type, int nal_ref_idc, const std::vector<Sps>& spss,
                         const std::vector<Pps>& ppss, SliceHeader& sh, std::string& err) {
+    sh.nal_type = nal_type;
+    sh.nal_ref_idc = nal_ref_idc;
     sh.first_mb = static_cast<int>(br.ue());
-    const std::uint32_t type = br.ue();
-    if (type != 2 && type != 7) return err = "only I slices are supported", false;
+    std::uint32_t type = br.ue();
+    if (type > 9) return err = "bad slice_type", false;
+    type %= 5;
+    if (type > 2) return err = "SP and SI slices are not supported", false;
+    sh.slice_type = static_cast<int>(type);
+    if (nal_type == 5 && sh.slice_type != kSliceI) return err = "IDR picture with a P or B slice", false;
     const std::uint32_t pid = br.ue();
     if (pid > 255 || !ppss[pid].valid) return err = "slice refers to a missing picture parameter set", false;
     sh.pps_id = static_cast<int>(pid);
@@ -282,28 +293,96 @@ bool parse_slice_header(BitReader& br, int nal_type, int nal_ref_idc, const std:
     if (!s.valid) return err = "slice refers to a missing sequence parameter set", false;
     if (sh.first_mb >= s.mb_width * s.mb_height) return err = "bad first_mb_in_slice", false;
     sh.frame_num = static_cast<int>(br.u(s.log2_max_frame_num));
-    if (nal_type == 5) br.ue();  // idr_pic_id
+    if (nal_type == 5) sh.idr_pic_id = static_cast<int>(br.ue());
+    sh.poc_lsb = sh.delta_poc_bottom = sh.delta_poc[0] = sh.delta_poc[1] = 0;
     if (s.poc_type == 0) {
-        br.u(s.log2_max_poc_lsb);
-        if (p.bottom_field_pic_order_present) br.se();
+        sh.poc_lsb = static_cast<int>(br.u(s.log2_max_poc_lsb));
+        if (p.bottom_field_pic_order_present) sh.delta_poc_bottom = br.se();
     } else if (s.poc_type == 1 && !s.delta_pic_order_always_zero) {
-        br.se();
-        if (p.bottom_field_pic_order_present) br.se();
+        sh.delta_poc[0] = br.se();
+        if (p.bottom_field_pic_order_present) sh.delta_poc[1] = br.se();
     }
     if (p.redundant_pic_cnt_present && br.ue() != 0) return err = "redundant pictures are not supported", false;
+    sh.direct_spatial = true;
+    if (sh.slice_type == kSliceB) sh.direct_spatial = br.flag();
+    sh.num_ref_idx[0] = sh.num_ref_idx[1] = 0;
+    if (sh.slice_type != kSliceI) {
+        sh.num_ref_idx[0] = p.num_ref_idx_default[0];
+        sh.num_ref_idx[1] = sh.slice_type == kSliceB ? p.num_ref_idx_default[1] : 0;
+        if (br.flag()) {  // num_ref_idx_active_override_flag
+            for (int l = 0; l < (sh.slice_type == kSliceB ? 2 : 1); ++l) {
+                const std::uint32_t n = br.ue();
+                if (n > 15) return err = "bad num_ref_idx_active_minus1", false;
+                sh.num_ref_idx[l] = static_cast<int>(n) + 1;
+            }
+        }
+        if (sh.num_ref_idx[0] > 16 || sh.num_ref_idx[1] > 16) return err = "too many active reference pictures", false;
+    }
+    for (int l = 0; l < 2; ++l) {
+        sh.modifications[l].clear();
+        if (l >= (sh.slice_type == kSliceB ? 2 : sh.slice_type == kSliceP ? 1 : 0)) continue;
+        if (!br.flag()) continue;
+        for (int n = 0;; ++n) {
+            const std::uint32_t idc = br.ue();
+            if (idc == 3) break;
+            if (idc > 2 || n > 32 || br.bad()) return err = "bad reference list modification", false;
+            const std::uint32_t v = br.ue();
+            sh.modifications[l].push_back({static_cast<int>(idc), static_cast<int>(v)});
+        }
+    }
+    const bool explicit_weights = (sh.slice_type == kSliceP && p.weighted_pred) ||
+                                  (sh.slice_type == kSliceB && p.weighted_bipred_idc == 1);
+    sh.luma_log2_wd = sh.chroma_log2_wd = 0;
+    if (explicit_weights) {
+        sh.luma_log2_wd = static_cast<int>(br.ue());
+        if (sh.luma_log2_wd > 7) return err = "bad luma_log2_weight_denom", false;
+        if (s.chroma_format_idc != 0) {
+            sh.chroma_log2_wd = static_cast<int>(br.ue());
+            if (sh.chroma_log2_wd > 7) return err = "bad chroma_log2_weight_denom", false;
+        }
+    }
+    for (int l = 0; l < 2; ++l)
+        for (int i = 0; i < 32; ++i) {
+            sh.luma_weight[l][i] = 1 << sh.luma_log2_wd;
+            sh.luma_offset[l][i] = 0;
+            for (int c = 0; c < 2; ++c) {
+                sh.chroma_weight[l][i][c] = 1 << sh.chroma_log2_wd;
+                sh.chroma_offset[l][i][c] = 0;
+            }
+            if (!explicit_weights || i >= sh.num_ref_idx[l]) continue;
+            if (br.flag()) {
+                sh.luma_weight[l][i] = br.se();
+                sh.luma_offset[l][i] = br.se();
+                if (sh.luma_weight[l][i] < -128 || sh.luma_weight[l][i] > 127 || sh.luma_offset[l][i] < -128 ||
+                    sh.luma_offset[l][i] > 127)
+                    return err = "bad luma weight or offset", false;
+            }
+            if (s.chroma_format_idc != 0 && br.flag())
+                for (int c = 0; c < 2; ++c) {
+                    sh.chroma_weight[l][i][c] = br.se();
+                    sh.chroma_offset[l][i][c] = br.se();
+                    if (sh.chroma_weight[l][i][c] < -128 || sh.chroma_weight[l][i][c] > 127 ||
+                        sh.chroma_offset[l][i][c] < -128 || sh.chroma_offset[l][i][c] > 127)
+                        return err = "bad chroma weight or offset", false;
+                }
+        }
+    sh.no_output_of_prior_pics = sh.long_term_reference = sh.adaptive_marking = false;
+    sh.mmcos.clear();
     if (nal_ref_idc != 0) {  // dec_ref_pic_marking
         if (nal_type == 5) {
-            br.flag();
-            br.flag();
-        } else if (br.flag()) {
-            for (int n = 0; n < 64; ++n) {
-                const std::uint32_t op = br.ue();
-                if (op == 0 || br.bad()) break;
-                if (op == 1 || op == 3) br.ue();
-                if (op == 2) br.ue();
-                if (op == 3 || op == 6) br.ue();
-                if (op == 4) br.ue();
-                if (op > 6) return err = "bad memory_management_control_operation", false;
+            sh.no_output_of_prior_pics = br.flag();
+            sh.long_term_reference = br.flag();
+        } else if ((sh.adaptive_marking = br.flag())) {
+            for (int n = 0;; ++n) {
+                Mmco m;
+                m.op = static_cast<int>(br.ue());
+                if (m.op == 0) break;
+                if (m.op > 6 || n > 64 || br.bad()) return err = "bad memory_management_control_operation", false;
+                if (m.op == 1 || m.op == 3) m.arg1 = static_cast<int>(br.ue());
+                if (m.op == 2) m.arg1 = static_cast<int>(br.ue());
+                if (m.op == 3 || m.op == 6) m.arg2 = static_cast<int>(br.ue());
+                if (m.op == 4) m.arg1 = static_cast<int>(br.ue());
+                sh.mmcos.push_back(m);
             }
         }
     }
@@ -370,13 +449,133 @@ void init_scans() {
     g_scans_ready = true;
 }
 
+const int kCbpInter[48] = {0,  16, 1,  2,  4,  8,  32, 3,  5,  10, 12, 15, 47, 7,  11, 13,
+                           14, 6,  9,  31, 35, 37, 42, 44, 33, 34, 36, 40, 39, 43, 45, 46,
+                           17, 18, 20, 24, 19, 21, 26, 28, 23, 27, 29, 30, 22, 25, 38, 41};
+
+// Reference index te(v) with the given number of active references.
+int read_ref_idx(BitReader& br, int active) {
+    if (active == 2) return br.flag() ? 0 : 1;
+    return static_cast<int>(br.ue());
+}
+
+// The prediction part of an inter macroblock up to its transform size flag:
+// type, sub-macroblock types, reference indices, vector differences, coded
+// block pattern.
+bool parse_inter_header(BitReader& br, const Sps& sps, const Pps& pps, const SliceHeader& sh, std::uint32_t mb_type,
+                        Macroblock& mb, std::string& err) {
+    // Lists of the two 16x8 / 8x16 partitions of B types 4..21.
+    static const int kBPairs[9][2] = {{1, 1}, {2, 2}, {1, 2}, {2, 1}, {1, 3}, {2, 3}, {3, 1}, {3, 2}, {3, 3}};
+    // B sub-macroblock types: lists and shape (type 0 is direct).
+    static const int kBSubPred[13] = {0, 1, 2, 3, 1, 1, 2, 2, 3, 3, 1, 2, 3};
+    static const SubShape kBSubShape[13] = {kSub8x8, kSub8x8, kSub8x8, kSub8x8, kSub8x4, kSub4x8, kSub8x4,
+                                            kSub4x8, kSub8x4, kSub4x8, kSub4x4, kSub4x4, kSub4x4};
+    const bool b = sh.slice_type == kSliceB;
+    mb.kind = kMbInter;
+    int parts = 1;
+    bool ref0_only = false;
+    for (int l = 0; l < 2; ++l)
+        for (int k = 0; k < 4; ++k) mb.ref[l][k] = -1;
+    std::memset(mb.mvd, 0, sizeof mb.mvd);
+    for (int k = 0; k < 4; ++k) {
+        mb.pred[k] = 0;
+        mb.sub[k] = kSub8x8;
+    }
+    bool small_parts = false;  // a sub-macroblock partition below 8x8
+    if (!b) {
+        if (mb_type <= 2) {
+            mb.shape = static_cast<PartShape>(mb_type);
+            parts = mb_type == 0 ? 1 : 2;
+            for (int k = 0; k < parts; ++k) mb.pred[k] = 1;
+        } else {
+            mb.shape = kPart8x8;
+            parts = 4;
+            ref0_only = mb_type == 4;
+            for (int k = 0; k < 4; ++k) {
+                const std::uint32_t st = br.ue();
+                if (st > 3) return err = "bad sub_mb_type", false;
+                mb.sub[k] = static_cast<SubShape>(st);
+                mb.pred[k] = 1;
+                if (st) small_parts = true;
+            }
+        }
+    } else {
+        if (mb_type == 0) {
+            mb.kind = kMbDirect16x16;
+            mb.shape = kPart8x8;
+            small_parts = !sps.direct_8x8_inference;
+        } else if (mb_type <= 3) {
+            mb.shape = kPart16x16;
+            mb.pred[0] = static_cast<int>(mb_type);
+        } else if (mb_type <= 21) {
+            mb.shape = (mb_type & 1) ? kPart8x16 : kPart16x8;
+            parts = 2;
+            mb.pred[0] = kBPairs[(mb_type - 4) / 2][0];
+            mb.pred[1] = kBPairs[(mb_type - 4) / 2][1];
+        } else {
+            mb.shape = kPart8x8;
+            parts = 4;
+            for (int k = 0; k < 4; ++k) {
+                const std::uint32_t st = br.ue();
+                if (st > 12) return err = "bad sub_mb_type", false;
+                mb.sub[k] = kBSubShape[st];
+                mb.pred[k] = kBSubPred[st];
+                if (mb.sub[k] != kSub8x8 || (st == 0 && !sps.direct_8x8_inference)) small_parts = true;
+            }
+        }
+    }
+    if (mb.kind == kMbInter) {
+        for (int l = 0; l < 2; ++l)
+            for (int k = 0; k < parts; ++k) {
+                if (!(mb.pred[k] >> l & 1)) continue;
+                if (sh.num_ref_idx[l] > 1 && !ref0_only) {
+                    const int r = read_ref_idx(br, sh.num_ref_idx[l]);
+                    if (r < 0 || r >= sh.num_ref_idx[l]) return err = "bad ref_idx", false;
+                    mb.ref[l][k] = r;
+                } else {
+                    mb.ref[l][k] = 0;
+                }
+            }
+        for (int l = 0; l < 2; ++l)
+            for (int k = 0; k < parts; ++k) {
+                if (!(mb.pred[k] >> l & 1)) continue;
+                const int n = mb.shape != kPart8x8 ? 1 : mb.sub[k] == kSub8x8 ? 1 : mb.sub[k] == kSub4x4 ? 4 : 2;
+                for (int j = 0; j < n; ++j) {
+                    const int idx = mb.shape == kPart8x8 ? 4 * k + j : k;
+                    mb.mvd[l][idx][0] = br.se();
+                    mb.mvd[l][idx][1] = br.se();
+                    if (mb.mvd[l][idx][0] < -8192 || mb.mvd[l][idx][0] > 8191 || mb.mvd[l][idx][1] < -8192 ||
+                        mb.mvd[l][idx][1] > 8191)
+                        return err = "bad motion vector difference", false;
+                }
+            }
+    }
+    const std::uint32_t code = br.ue();
+    if (code > 47) return err = "bad coded_block_pattern", false;
+    mb.cbp_luma = kCbpInter[code] & 15;
+    mb.cbp_chroma = kCbpInter[code] >> 4;
+    if (mb.cbp_luma && pps.transform_8x8_mode && !small_parts) mb.t8x8 = br.flag();
+    if (br.bad()) return err = "truncated macroblock header", false;
+    return true;
+}
+
 }  // namespace
 
-bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const CavlcTables& t, const NeighbourInfo& nb,
-                      int& qp, Macroblock& mb, std::string& err) {
+bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const SliceHeader& sh, const CavlcTables& t,
+                      const NeighbourInfo& nb, int& qp, Macroblock& mb, std::string& err) {
     init_scans();
-    const std::uint32_t mb_type = br.ue();
-    if (br.bad() || mb_type > 25) return err = "bad mb_type", false;
+    std::uint32_t mb_type = br.ue();
+    if (br.bad()) return err = "bad mb_type", false;
+    bool inter = false;
+    if (sh.slice_type == kSliceP) {
+        if (mb_type < 5) inter = true;
+        else mb_type -= 5;
+    } else if (sh.slice_type == kSliceB) {
+        if (mb_type < 23) inter = true;
+        else mb_type -= 23;
+    }
+    if (!inter && mb_type > 25) return err = "bad mb_type", false;
+    mb.t8x8 = false;
     mb.pattern = 0;
     mb.luma_used = mb.chroma_used = 0;
     std::memset(mb.total, 0, sizeof mb.total);
@@ -384,7 +583,9 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
     const int cfi = sps.chroma_format_idc;
     if (cfi != 1 && cfi != 2) return err = "only 4:2:0 and 4:2:2 chroma are supported", false;
     mb.cpat[0] = mb.cpat[1] = 0;
-    if (mb_type == 25) {
+    if (inter) {
+        if (!parse_inter_header(br, sps, pps, sh, mb_type, mb, err)) return false;
+    } else if (mb_type == 25) {
         mb.kind = kMbPcm;
         br.align();
         const int n = 256 + (cfi == 1 ? 128 : 256);
@@ -395,7 +596,9 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
         mb.qp = qp;
         return true;
     }
-    if (mb_type == 0) {
+    if (inter) {
+        // Header parsed above.
+    } else if (mb_type == 0) {
         mb.kind = kMbI4x4;
         if (pps.transform_8x8_mode && br.flag()) mb.kind = kMbI8x8;
         const int count = mb.kind == kMbI4x4 ? 16 : 4;
@@ -426,7 +629,7 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
         if (code > 47) return err = "bad coded_block_pattern", false;
         mb.cbp_luma = kCbpIntra[code] & 15;
         mb.cbp_chroma = kCbpIntra[code] >> 4;
-    } else {
+    } else if (!inter) {
         mb.kind = kMbI16x16;
         const int v = static_cast<int>(mb_type) - 1;
         mb.mode16 = v % 4;
@@ -479,7 +682,7 @@ bool parse_macroblock(BitReader& br, const Sps& sps, const Pps& pps, const Cavlc
                 mb.total[b] = static_cast<std::uint8_t>(total);
                 if (total) mb.pattern |= 1u << (b + 1);
             }
-    } else if (mb.kind == kMbI4x4) {
+    } else if (mb.kind == kMbI4x4 || (mb.kind != kMbI8x8 && !mb.t8x8)) {
         for (int b = 0; b < 16; ++b) {
             if (!(mb.cbp_luma >> (b >> 2) & 1)) continue;
             if (!residual_block(br, t, nc_luma(b), 16, g_zigzag, &cur, total, err)) return false;
