@@ -3,7 +3,7 @@
 #   ./build.sh test   release build and tests (with the API reference and ABI
 #                     checks), sanitizer build and tests, the install and
 #                     package checks, then short runs of the fuzz targets
-#   ./build.sh demo   release build, then the zanvc motion search demo
+#   ./build.sh demo   release build, then the zanvc H.264 demo on its built-in clip
 # Missing build dependencies are installed with apt-get first.
 set -euo pipefail
 cd "$(dirname "$0")"
