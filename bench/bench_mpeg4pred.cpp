@@ -112,11 +112,11 @@ void add_brightness(const char* path, KernelList<BrightnessFn> list, bool rule) 
 void add_warp_exports() {
     for (Zan32s n : {0, 1, 2, 3}) {
         bench::add("mpeg4pred/export/zaniWarpLuma_MPEG4_8u_C1R:points" + std::to_string(n), [=](benchmark::State& s) {
-            Buffer src(kStep * 48), dst(kStep * 16), spec(384);
+            Buffer src(kStep * 48), dst(kStep * 16), block(384);
             src.fill(11);
             const Zan32s du[3] = {3, 2, -1}, dv[3] = {-5, 1, 2};
             const ZaniRect sprite{0, 0, 64, 48}, vop{0, 0, 64, 48}, mb{16, 16, 16, 16};
-            auto* ws = reinterpret_cast<ZanWarpSpec*>(spec.data());
+            auto* ws = reinterpret_cast<ZanWarpSpec*>(block.data());
             zaniWarpInit_MPEG4(ws, du, dv, n, 0, 3, 1, 0, 2, &sprite, &vop);
             for (auto _ : s) {
                 zaniWarpLuma_MPEG4_8u_C1R(src.data(), kStep, dst.data(), kStep, &mb, ws);

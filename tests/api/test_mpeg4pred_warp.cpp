@@ -176,25 +176,25 @@ struct Plane {
 };
 
 // The caller's block for a record, with room to misalign it.
-struct SpecBlock {
+struct RecordBlock {
     std::vector<Zan8u> bytes = std::vector<Zan8u>(384 + 16);
     ZanWarpSpec* at(int offset) { return reinterpret_cast<ZanWarpSpec*>(bytes.data() + offset); }
 };
 
-ZanStatus init(ZanWarpSpec* spec, const Warp& w, int fcode, int quarter, const ZaniRect& sprite) {
+ZanStatus init(ZanWarpSpec* rec, const Warp& w, int fcode, int quarter, const ZaniRect& sprite) {
     const ZaniRect vop{w.i0, w.j0, w.W, w.H};
-    return zaniWarpInit_MPEG4(spec, w.du, w.dv, w.n, w.spriteType, w.accuracy, w.rounding, quarter, fcode, &sprite,
+    return zaniWarpInit_MPEG4(rec, w.du, w.dv, w.n, w.spriteType, w.accuracy, w.rounding, quarter, fcode, &sprite,
                               &vop);
 }
 
 // Runs the luma and chroma warps of rectangle rc (luma) and rcC (chroma)
 // against the model.
-void check_warp(const Warp& w, ZanWarpSpec* spec, const Plane& Y, const Plane& Cb, const Plane& Cr,
+void check_warp(const Warp& w, ZanWarpSpec* rec, const Plane& Y, const Plane& Cb, const Plane& Cr,
                 const ZaniRect& rc, const ZaniRect& rcC) {
     const Model m(w);
     const int dstStep = rc.width + 5;
     std::vector<Zan8u> dst(static_cast<size_t>(dstStep * rc.height), 7);
-    ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(Y.data(), Y.step, dst.data(), dstStep, &rc, spec), zanStsOk);
+    ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(Y.data(), Y.step, dst.data(), dstStep, &rc, rec), zanStsOk);
     for (int y = 0; y < rc.height; ++y)
         for (int x = 0; x < rc.width; ++x) {
             i64 F, G;
@@ -209,7 +209,7 @@ void check_warp(const Warp& w, ZanWarpSpec* spec, const Plane& Y, const Plane& C
     const int cStep = rcC.width + 3;
     std::vector<Zan8u> cb(static_cast<size_t>(cStep * rcC.height), 9), cr(cb.size(), 9);
     ASSERT_EQ(zaniWarpChroma_MPEG4_8u_P2R(Cb.data(), Cb.step, Cr.data(), Cr.step, cb.data(), cStep, cr.data(),
-                                          cStep, &rcC, spec),
+                                          cStep, &rcC, rec),
               zanStsOk);
     for (int y = 0; y < rcC.height; ++y)
         for (int x = 0; x < rcC.width; ++x) {
@@ -233,8 +233,8 @@ TEST(Mpeg4pred, WarpGetSize) {
 }
 
 TEST(Mpeg4pred, WarpInitStatusesInOrder) {
-    SpecBlock b;
-    ZanWarpSpec* spec = b.at(3);
+    RecordBlock b;
+    ZanWarpSpec* rec = b.at(3);
     const Zan32s du[4] = {1, 2, 3, 4}, dv[4] = {-1, -2, -3, -4};
     const ZaniRect good{0, 0, 32, 32}, bad{0, 0, 32, 0}, badW{0, 0, 0, 32};
     auto call = [&](ZanWarpSpec* s, const Zan32s* u, const Zan32s* v, int n, int type, int acc, int fcode,
@@ -243,55 +243,55 @@ TEST(Mpeg4pred, WarpInitStatusesInOrder) {
     };
     // Null pointers first, whatever else is wrong.
     EXPECT_EQ(call(nullptr, du, dv, 9, 0, 9, 0, &bad, &bad), zanStsNullPtr);
-    EXPECT_EQ(call(spec, du, dv, 9, 0, 9, 0, nullptr, &bad), zanStsNullPtr);
-    EXPECT_EQ(call(spec, du, dv, 9, 0, 9, 0, &bad, nullptr), zanStsNullPtr);
+    EXPECT_EQ(call(rec, du, dv, 9, 0, 9, 0, nullptr, &bad), zanStsNullPtr);
+    EXPECT_EQ(call(rec, du, dv, 9, 0, 9, 0, &bad, nullptr), zanStsNullPtr);
     // Then the count of points, the 4-point sprite rule, accuracy and fcode.
-    EXPECT_EQ(call(spec, du, dv, 5, 1, 0, 1, &bad, &bad), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, -1, 1, 0, 1, &good, &good), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, 4, 0, 0, 1, &good, &good), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, 4, 2, 0, 1, &good, &good), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, 2, 0, 4, 1, &bad, &good), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, 2, 0, -1, 1, &good, &good), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, 2, 0, 0, 0, &bad, &good), zanStsOutOfRange);
-    EXPECT_EQ(call(spec, du, dv, 2, 0, 0, 8, &good, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 5, 1, 0, 1, &bad, &bad), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, -1, 1, 0, 1, &good, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 4, 0, 0, 1, &good, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 4, 2, 0, 1, &good, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 2, 0, 4, 1, &bad, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 2, 0, -1, 1, &good, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 2, 0, 0, 0, &bad, &good), zanStsOutOfRange);
+    EXPECT_EQ(call(rec, du, dv, 2, 0, 0, 8, &good, &good), zanStsOutOfRange);
     // Then the rectangles' sizes, before the point arrays are looked at.
-    EXPECT_EQ(call(spec, nullptr, nullptr, 2, 0, 3, 7, &bad, &good), zanStsSizeBad);
-    EXPECT_EQ(call(spec, du, dv, 2, 0, 3, 7, &good, &badW), zanStsSizeBad);
+    EXPECT_EQ(call(rec, nullptr, nullptr, 2, 0, 3, 7, &bad, &good), zanStsSizeBad);
+    EXPECT_EQ(call(rec, du, dv, 2, 0, 3, 7, &good, &badW), zanStsSizeBad);
     // None of these touched the caller's block.
     for (auto v : b.bytes) ASSERT_EQ(v, 0);
     // Points needed but absent: -8 after the plain fields, and the record is
     // not usable.
-    EXPECT_EQ(call(spec, nullptr, dv, 1, 0, 0, 1, &good, &good), zanStsNullPtr);
-    EXPECT_EQ(call(spec, du, nullptr, 3, 0, 0, 1, &good, &good), zanStsNullPtr);
+    EXPECT_EQ(call(rec, nullptr, dv, 1, 0, 0, 1, &good, &good), zanStsNullPtr);
+    EXPECT_EQ(call(rec, du, nullptr, 3, 0, 0, 1, &good, &good), zanStsNullPtr);
     Zan16s mv[2] = {5, 5};
-    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, spec), zanStsContextMismatch);
+    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, rec), zanStsContextMismatch);
     // Zero points need no arrays; four points with a static sprite are fine.
-    EXPECT_EQ(call(spec, nullptr, nullptr, 0, 0, 0, 1, &good, &good), zanStsOk);
-    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, spec), zanStsOk);
-    EXPECT_EQ(call(spec, du, dv, 4, 1, 3, 7, &good, &good), zanStsOk);
+    EXPECT_EQ(call(rec, nullptr, nullptr, 0, 0, 0, 1, &good, &good), zanStsOk);
+    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, rec), zanStsOk);
+    EXPECT_EQ(call(rec, du, dv, 4, 1, 3, 7, &good, &good), zanStsOk);
 }
 
 TEST(Mpeg4pred, WarpStatusesAndNothingWritten) {
-    SpecBlock b;
-    ZanWarpSpec* spec = b.at(0);
+    RecordBlock b;
+    ZanWarpSpec* rec = b.at(0);
     std::vector<Zan8u> src(64 * 64, 50), dst(64 * 64, 1), dst2(64 * 64, 2);
     const ZaniRect rc{0, 0, 16, 16};
     // An uninitialised block is refused, nulls first.
-    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, &rc, spec), zanStsContextMismatch);
-    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(nullptr, 64, dst.data(), 64, &rc, spec), zanStsNullPtr);
-    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, nullptr, 64, &rc, spec), zanStsNullPtr);
-    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, nullptr, spec), zanStsNullPtr);
+    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, &rc, rec), zanStsContextMismatch);
+    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(nullptr, 64, dst.data(), 64, &rc, rec), zanStsNullPtr);
+    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, nullptr, 64, &rc, rec), zanStsNullPtr);
+    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, nullptr, rec), zanStsNullPtr);
     EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, &rc, nullptr), zanStsNullPtr);
-    EXPECT_EQ(zaniWarpChroma_MPEG4_8u_P2R(src.data(), 64, src.data(), 64, dst.data(), 64, dst2.data(), 64, &rc, spec),
+    EXPECT_EQ(zaniWarpChroma_MPEG4_8u_P2R(src.data(), 64, src.data(), 64, dst.data(), 64, dst2.data(), 64, &rc, rec),
               zanStsContextMismatch);
-    EXPECT_EQ(zaniWarpChroma_MPEG4_8u_P2R(src.data(), 64, nullptr, 64, dst.data(), 64, dst2.data(), 64, &rc, spec),
+    EXPECT_EQ(zaniWarpChroma_MPEG4_8u_P2R(src.data(), 64, nullptr, 64, dst.data(), 64, dst2.data(), 64, &rc, rec),
               zanStsNullPtr);
-    EXPECT_EQ(zaniWarpChroma_MPEG4_8u_P2R(src.data(), 64, src.data(), 64, dst.data(), 64, nullptr, 64, &rc, spec),
+    EXPECT_EQ(zaniWarpChroma_MPEG4_8u_P2R(src.data(), 64, src.data(), 64, dst.data(), 64, nullptr, 64, &rc, rec),
               zanStsNullPtr);
     Zan16s mv[2] = {3, 4};
-    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, nullptr, spec), zanStsNullPtr);
+    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, nullptr, rec), zanStsNullPtr);
     EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, nullptr), zanStsNullPtr);
-    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, spec), zanStsContextMismatch);
+    EXPECT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, rec), zanStsContextMismatch);
     EXPECT_EQ(mv[0], 3);
     EXPECT_EQ(mv[1], 4);
     for (auto v : dst) ASSERT_EQ(v, 1);
@@ -299,16 +299,16 @@ TEST(Mpeg4pred, WarpStatusesAndNothingWritten) {
     // The identifier is found at the first 16-byte boundary of any block.
     const ZaniRect pic{0, 0, 64, 64};
     for (int off = 0; off < 16; ++off) {
-        SpecBlock c;
+        RecordBlock c;
         ZanWarpSpec* s = c.at(off);
         ASSERT_EQ(zaniWarpInit_MPEG4(s, nullptr, nullptr, 0, 0, 0, 0, 0, 1, &pic, &pic), zanStsOk);
         ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, &rc, s), zanStsOk);
     }
     // An empty rectangle writes nothing.
     std::fill(dst.begin(), dst.end(), Zan8u{1});
-    ASSERT_EQ(zaniWarpInit_MPEG4(spec, nullptr, nullptr, 0, 0, 0, 0, 0, 1, &pic, &pic), zanStsOk);
+    ASSERT_EQ(zaniWarpInit_MPEG4(rec, nullptr, nullptr, 0, 0, 0, 0, 0, 1, &pic, &pic), zanStsOk);
     const ZaniRect empty{0, 0, 0, 16};
-    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, &empty, spec), zanStsOk);
+    EXPECT_EQ(zaniWarpLuma_MPEG4_8u_C1R(src.data(), 64, dst.data(), 64, &empty, rec), zanStsOk);
     for (auto v : dst) ASSERT_EQ(v, 1);
 }
 
@@ -317,13 +317,13 @@ TEST(Mpeg4pred, WarpStatusesAndNothingWritten) {
 TEST(Mpeg4pred, WarpIdentityCopies) {
     std::mt19937 g(11);
     const Plane Y(0, 0, 48, 32, g);
-    SpecBlock b;
-    ZanWarpSpec* spec = b.at(5);
+    RecordBlock b;
+    ZanWarpSpec* rec = b.at(5);
     const ZaniRect sprite{0, 0, 48, 32}, vop{0, 0, 48, 32};
-    ASSERT_EQ(zaniWarpInit_MPEG4(spec, nullptr, nullptr, 0, 0, 2, 1, 0, 2, &sprite, &vop), zanStsOk);
+    ASSERT_EQ(zaniWarpInit_MPEG4(rec, nullptr, nullptr, 0, 0, 2, 1, 0, 2, &sprite, &vop), zanStsOk);
     for (const ZaniRect rc : {ZaniRect{16, 16, 16, 16}, ZaniRect{3, 5, 11, 7}, ZaniRect{40, 24, 16, 16}}) {
         std::vector<Zan8u> dst(static_cast<size_t>(rc.width * rc.height));
-        ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(Y.data(), Y.step, dst.data(), rc.width, &rc, spec), zanStsOk);
+        ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(Y.data(), Y.step, dst.data(), rc.width, &rc, rec), zanStsOk);
         for (int y = 0; y < rc.height; ++y)
             for (int x = 0; x < rc.width; ++x)
                 ASSERT_EQ(dst[static_cast<size_t>(y * rc.width + x)], Y.at(rc.x + x, rc.y + y)) << x << "," << y;
@@ -340,13 +340,13 @@ TEST(Mpeg4pred, WarpTranslationsAreCopies) {
         for (int rounding : {0, 1})
             for (int du : {6, 7, -3, -10})
                 for (int dv : {4, 5, -1, -8}) {
-                    SpecBlock b;
-                    ZanWarpSpec* spec = b.at(1);
+                    RecordBlock b;
+                    ZanWarpSpec* rec = b.at(1);
                     const Zan32s u[1] = {du}, v[1] = {dv};
-                    ASSERT_EQ(zaniWarpInit_MPEG4(spec, u, v, 1, type, 1, rounding, 0, 3, &sprite, &vop), zanStsOk);
+                    ASSERT_EQ(zaniWarpInit_MPEG4(rec, u, v, 1, type, 1, rounding, 0, 3, &sprite, &vop), zanStsOk);
                     const ZaniRect rc{16, 16, 16, 16};
                     std::vector<Zan8u> dst(256);
-                    ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(Y.data(), Y.step, dst.data(), 16, &rc, spec), zanStsOk);
+                    ASSERT_EQ(zaniWarpLuma_MPEG4_8u_C1R(Y.data(), Y.step, dst.data(), 16, &rc, rec), zanStsOk);
                     const int r = (type != 1 && rounding) ? 1 : 0;
                     for (int y = 0; y < 16; ++y)
                         for (int x = 0; x < 16; ++x) {
@@ -388,15 +388,15 @@ TEST(Mpeg4pred, WarpAgreesWithModel) {
                     const Plane Y(sprite.x, sprite.y, sprite.width, sprite.height, g);
                     const Plane Cb(sprite.x / 2, sprite.y / 2, (sprite.width + 1) >> 1, (sprite.height + 1) >> 1, g);
                     const Plane Cr(sprite.x / 2, sprite.y / 2, (sprite.width + 1) >> 1, (sprite.height + 1) >> 1, g);
-                    SpecBlock b;
-                    ZanWarpSpec* spec = b.at(static_cast<int>(g() % 16));
-                    ASSERT_EQ(init(spec, w, 2, 0, sprite), zanStsOk);
+                    RecordBlock b;
+                    ZanWarpSpec* rec = b.at(static_cast<int>(g() % 16));
+                    ASSERT_EQ(init(rec, w, 2, 0, sprite), zanStsOk);
                     SCOPED_TRACE(testing::Message() << "n " << n << " acc " << acc << " type " << type << " trial "
                                                     << trial);
-                    check_warp(w, spec, Y, Cb, Cr, ZaniRect{16, 16, 16, 16}, ZaniRect{8, 8, 8, 8});
-                    check_warp(w, spec, Y, Cb, Cr, ZaniRect{0, 0, 16, 16}, ZaniRect{0, 0, 8, 8});
-                    check_warp(w, spec, Y, Cb, Cr, ZaniRect{3, 7, 29, 5}, ZaniRect{1, 2, 13, 3});
-                    check_warp(w, spec, Y, Cb, Cr, ZaniRect{w.W - 10, w.H - 9, 16, 16}, ZaniRect{w.W / 2 - 5, w.H / 2 - 3, 8, 8});
+                    check_warp(w, rec, Y, Cb, Cr, ZaniRect{16, 16, 16, 16}, ZaniRect{8, 8, 8, 8});
+                    check_warp(w, rec, Y, Cb, Cr, ZaniRect{0, 0, 16, 16}, ZaniRect{0, 0, 8, 8});
+                    check_warp(w, rec, Y, Cb, Cr, ZaniRect{3, 7, 29, 5}, ZaniRect{1, 2, 13, 3});
+                    check_warp(w, rec, Y, Cb, Cr, ZaniRect{w.W - 10, w.H - 9, 16, 16}, ZaniRect{w.W / 2 - 5, w.H / 2 - 3, 8, 8});
                 }
             }
 }
@@ -405,24 +405,24 @@ TEST(Mpeg4pred, WarpAgreesWithModel) {
 // displacement clamped to the fcode range; 2 and 3 points the rounded mean
 // of the luma displacement over the macroblock, from the model.
 TEST(Mpeg4pred, GlobalMotionVector) {
-    SpecBlock b;
-    ZanWarpSpec* spec = b.at(2);
+    RecordBlock b;
+    ZanWarpSpec* rec = b.at(2);
     const ZaniRect pic{0, 0, 64, 48};
     Zan16s mv[2] = {9, 9};
-    ASSERT_EQ(zaniWarpInit_MPEG4(spec, nullptr, nullptr, 0, 0, 3, 1, 1, 1, &pic, &pic), zanStsOk);
-    ASSERT_EQ(zaniCalcGlobalMV_MPEG4(123, -77, mv, spec), zanStsOk);
+    ASSERT_EQ(zaniWarpInit_MPEG4(rec, nullptr, nullptr, 0, 0, 3, 1, 1, 1, &pic, &pic), zanStsOk);
+    ASSERT_EQ(zaniCalcGlobalMV_MPEG4(123, -77, mv, rec), zanStsOk);
     EXPECT_EQ(mv[0], 0);
     EXPECT_EQ(mv[1], 0);
     // fcode 1: -32..31 in half samples.
     const Zan32s u1[1] = {100}, v1[1] = {-100};
-    ASSERT_EQ(zaniWarpInit_MPEG4(spec, u1, v1, 1, 0, 0, 0, 0, 1, &pic, &pic), zanStsOk);
-    ASSERT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, spec), zanStsOk);
+    ASSERT_EQ(zaniWarpInit_MPEG4(rec, u1, v1, 1, 0, 0, 0, 0, 1, &pic, &pic), zanStsOk);
+    ASSERT_EQ(zaniCalcGlobalMV_MPEG4(0, 0, mv, rec), zanStsOk);
     EXPECT_EQ(mv[0], 31);
     EXPECT_EQ(mv[1], -32);
     const Zan32s u2[1] = {7}, v2[1] = {-5};
     for (int q : {0, 1}) {
-        ASSERT_EQ(zaniWarpInit_MPEG4(spec, u2, v2, 1, 0, 2, 0, q, 1, &pic, &pic), zanStsOk);
-        ASSERT_EQ(zaniCalcGlobalMV_MPEG4(16, 32, mv, spec), zanStsOk);
+        ASSERT_EQ(zaniWarpInit_MPEG4(rec, u2, v2, 1, 0, 2, 0, q, 1, &pic, &pic), zanStsOk);
+        ASSERT_EQ(zaniCalcGlobalMV_MPEG4(16, 32, mv, rec), zanStsOk);
         EXPECT_EQ(mv[0], q ? 14 : 7);
         EXPECT_EQ(mv[1], q ? -10 : -5);
     }
@@ -438,7 +438,7 @@ TEST(Mpeg4pred, GlobalMotionVector) {
                         w.dv[k] = static_cast<int>(g() % 61) - 30;
                     }
                     const int fcode = trial == 3 ? 1 : 5;
-                    ASSERT_EQ(init(spec, w, fcode, q, pic), zanStsOk);
+                    ASSERT_EQ(init(rec, w, fcode, q, pic), zanStsOk);
                     const Model m(w);
                     for (int mbx = 0; mbx < 64; mbx += 16)
                         for (int mby = 0; mby < 48; mby += 16) {
@@ -455,7 +455,7 @@ TEST(Mpeg4pred, GlobalMotionVector) {
                                 const i64 lo = -(16 << fcode), hi = (16 << fcode) - 1;
                                 return r < lo ? lo : (r > hi ? hi : r);
                             };
-                            ASSERT_EQ(zaniCalcGlobalMV_MPEG4(mbx, mby, mv, spec), zanStsOk);
+                            ASSERT_EQ(zaniCalcGlobalMV_MPEG4(mbx, mby, mv, rec), zanStsOk);
                             ASSERT_EQ(mv[0], round(sx)) << "n " << n << " acc " << acc << " q " << q;
                             ASSERT_EQ(mv[1], round(sy)) << "n " << n << " acc " << acc << " q " << q;
                         }
