@@ -14,7 +14,8 @@
 //   ((16 - fy)((16 - fx) a + fx b) + fy ((16 - fx) c + fx d) + roundTerm) >> 8.
 // The vector kernel steps the positions of four samples at a time in 32-bit
 // lanes (a row's positions are checked to fit first), clamps the coordinates
-// with compare-and-select, fetches the four neighbours of each sample, and
+// with compare-and-select, forms the neighbours' byte offsets (16-bit
+// multiplies where the step and the rows allow), fetches them, and
 // mixes eight samples at a time in 16-bit lanes (every partial sum stays
 // below 65536).
 #include <cmath>
@@ -163,6 +164,13 @@ struct Fetch4 {
     }
 };
 
+// Four row numbers (0..32767, in 32-bit lanes) times a 16-bit step, as
+// 32-bit products.
+inline __m128i row_offset(__m128i rows, __m128i step16) {
+    const __m128i r16 = _mm_packs_epi32(rows, rows);
+    return _mm_unpacklo_epi16(_mm_mullo_epi16(r16, step16), _mm_mulhi_epi16(r16, step16));
+}
+
 void warp_sse2(const Zan8u* src, Zan32s srcStep, Zan8u* dst, Zan32s dstStep, Zan32s x0, Zan32s y0, Zan32s w,
                Zan32s h, const WarpPlane& p) {
     Fetch4 f;
@@ -171,6 +179,10 @@ void warp_sse2(const Zan8u* src, Zan32s srcStep, Zan8u* dst, Zan32s dstStep, Zan
     const __m128i round = _mm_set1_epi16(static_cast<short>(p.roundTerm));
     const __m128i sixteen = _mm_set1_epi16(16);
     const __m128i xorg = _mm_set1_epi32(p.rect[0]), yorg = _mm_set1_epi32(p.rect[1]);
+    // With a 16-bit step and at most 32768 rows, the neighbours' byte
+    // offsets are formed in the vector lanes; else their coordinates.
+    const bool small = srcStep >= -32768 && srcStep <= 32767 && p.rect[3] <= 32768;
+    const __m128i step16 = _mm_set1_epi16(static_cast<short>(small ? srcStep : 0));
     alignas(16) Zan32s cx0[8], cx1[8], cy0[8], cy1[8];
     alignas(16) Zan16u sa[8], sb[8], sc[8], sd[8];
     for (Zan32s y = 0; y < h; ++y) {
@@ -198,22 +210,43 @@ void warp_sse2(const Zan8u* src, Zan32s srcStep, Zan8u* dst, Zan32s dstStep, Zan
                     const __m128i ix = _mm_srai_epi32(px, 4), iy = _mm_srai_epi32(py, 4);
                     fxv[half] = _mm_and_si128(px, f.fifteen);
                     fyv[half] = _mm_and_si128(py, f.fifteen);
-                    simd::store16(cx0 + 4 * half, _mm_sub_epi32(clamp_epi32(ix, f.xlo, f.xhi), xorg));
-                    simd::store16(cx1 + 4 * half,
-                                  _mm_sub_epi32(clamp_epi32(_mm_add_epi32(ix, f.one), f.xlo, f.xhi), xorg));
-                    simd::store16(cy0 + 4 * half, _mm_sub_epi32(clamp_epi32(iy, f.ylo, f.yhi), yorg));
-                    simd::store16(cy1 + 4 * half,
-                                  _mm_sub_epi32(clamp_epi32(_mm_add_epi32(iy, f.one), f.ylo, f.yhi), yorg));
+                    const __m128i x0v = _mm_sub_epi32(clamp_epi32(ix, f.xlo, f.xhi), xorg);
+                    const __m128i x1v = _mm_sub_epi32(clamp_epi32(_mm_add_epi32(ix, f.one), f.xlo, f.xhi), xorg);
+                    const __m128i y0v = _mm_sub_epi32(clamp_epi32(iy, f.ylo, f.yhi), yorg);
+                    const __m128i y1v = _mm_sub_epi32(clamp_epi32(_mm_add_epi32(iy, f.one), f.ylo, f.yhi), yorg);
+                    if (small) {
+                        // Byte offsets of the four neighbours: row (0..32767)
+                        // times step (16 bits) as a 32-bit product.
+                        const __m128i r0 = row_offset(y0v, step16), r1 = row_offset(y1v, step16);
+                        simd::store16(cx0 + 4 * half, _mm_add_epi32(r0, x0v));
+                        simd::store16(cx1 + 4 * half, _mm_add_epi32(r0, x1v));
+                        simd::store16(cy0 + 4 * half, _mm_add_epi32(r1, x0v));
+                        simd::store16(cy1 + 4 * half, _mm_add_epi32(r1, x1v));
+                    } else {
+                        simd::store16(cx0 + 4 * half, x0v);
+                        simd::store16(cx1 + 4 * half, x1v);
+                        simd::store16(cy0 + 4 * half, y0v);
+                        simd::store16(cy1 + 4 * half, y1v);
+                    }
                     sf.step();
                     sg.step();
                 }
-                for (int k = 0; k < 8; ++k) {
-                    const Zan8u* r0 = row(src, srcStep, cy0[k]);
-                    const Zan8u* r1 = row(src, srcStep, cy1[k]);
-                    sa[k] = r0[cx0[k]];
-                    sb[k] = r0[cx1[k]];
-                    sc[k] = r1[cx0[k]];
-                    sd[k] = r1[cx1[k]];
+                if (small) {
+                    for (int k = 0; k < 8; ++k) {
+                        sa[k] = src[cx0[k]];
+                        sb[k] = src[cx1[k]];
+                        sc[k] = src[cy0[k]];
+                        sd[k] = src[cy1[k]];
+                    }
+                } else {
+                    for (int k = 0; k < 8; ++k) {
+                        const Zan8u* r0 = row(src, srcStep, cy0[k]);
+                        const Zan8u* r1 = row(src, srcStep, cy1[k]);
+                        sa[k] = r0[cx0[k]];
+                        sb[k] = r0[cx1[k]];
+                        sc[k] = r1[cx0[k]];
+                        sd[k] = r1[cx1[k]];
+                    }
                 }
                 // Fractions of 8 samples as 16-bit lanes (values 0..15 pack exactly).
                 const __m128i fx = _mm_packs_epi32(fxv[0], fxv[1]), fy = _mm_packs_epi32(fyv[0], fyv[1]);
