@@ -20,6 +20,7 @@
 // below 65536).
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "blocks/mc.h"
 #include "common/simd.h"
@@ -171,6 +172,17 @@ inline __m128i row_offset(__m128i rows, __m128i step16) {
     return _mm_unpacklo_epi16(_mm_mullo_epi16(r16, step16), _mm_mulhi_epi16(r16, step16));
 }
 
+// The four neighbours of eight samples by their byte offsets, inserted
+// straight into 16-bit lanes.
+template <int... K>
+inline void gather8(const Zan8u* src, const Zan32s* i00, const Zan32s* i01, const Zan32s* i10, const Zan32s* i11,
+                    __m128i& a, __m128i& b, __m128i& c, __m128i& d, std::integer_sequence<int, K...>) {
+    a = b = c = d = _mm_setzero_si128();
+    ((a = _mm_insert_epi16(a, src[i00[K]], K), b = _mm_insert_epi16(b, src[i01[K]], K),
+      c = _mm_insert_epi16(c, src[i10[K]], K), d = _mm_insert_epi16(d, src[i11[K]], K)),
+     ...);
+}
+
 void warp_sse2(const Zan8u* src, Zan32s srcStep, Zan8u* dst, Zan32s dstStep, Zan32s x0, Zan32s y0, Zan32s w,
                Zan32s h, const WarpPlane& p) {
     Fetch4 f;
@@ -231,13 +243,9 @@ void warp_sse2(const Zan8u* src, Zan32s srcStep, Zan8u* dst, Zan32s dstStep, Zan
                     sf.step();
                     sg.step();
                 }
+                __m128i va, vb, vc, vd;
                 if (small) {
-                    for (int k = 0; k < 8; ++k) {
-                        sa[k] = src[cx0[k]];
-                        sb[k] = src[cx1[k]];
-                        sc[k] = src[cy0[k]];
-                        sd[k] = src[cy1[k]];
-                    }
+                    gather8(src, cx0, cx1, cy0, cy1, va, vb, vc, vd, std::make_integer_sequence<int, 8>{});
                 } else {
                     for (int k = 0; k < 8; ++k) {
                         const Zan8u* r0 = row(src, srcStep, cy0[k]);
@@ -247,14 +255,13 @@ void warp_sse2(const Zan8u* src, Zan32s srcStep, Zan8u* dst, Zan32s dstStep, Zan
                         sc[k] = r1[cx0[k]];
                         sd[k] = r1[cx1[k]];
                     }
+                    va = simd::load16a(sa), vb = simd::load16a(sb), vc = simd::load16a(sc), vd = simd::load16a(sd);
                 }
                 // Fractions of 8 samples as 16-bit lanes (values 0..15 pack exactly).
                 const __m128i fx = _mm_packs_epi32(fxv[0], fxv[1]), fy = _mm_packs_epi32(fyv[0], fyv[1]);
                 const __m128i gx = _mm_sub_epi16(sixteen, fx), gy = _mm_sub_epi16(sixteen, fy);
-                const __m128i top = _mm_add_epi16(_mm_mullo_epi16(gx, simd::load16a(sa)),
-                                                  _mm_mullo_epi16(fx, simd::load16a(sb)));
-                const __m128i bottom = _mm_add_epi16(_mm_mullo_epi16(gx, simd::load16a(sc)),
-                                                     _mm_mullo_epi16(fx, simd::load16a(sd)));
+                const __m128i top = _mm_add_epi16(_mm_mullo_epi16(gx, va), _mm_mullo_epi16(fx, vb));
+                const __m128i bottom = _mm_add_epi16(_mm_mullo_epi16(gx, vc), _mm_mullo_epi16(fx, vd));
                 __m128i v = _mm_add_epi16(_mm_mullo_epi16(gy, top), _mm_mullo_epi16(fy, bottom));
                 v = _mm_srli_epi16(_mm_add_epi16(v, round), 8);
                 simd::store8(d + x, _mm_packus_epi16(v, v));
