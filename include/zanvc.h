@@ -2871,6 +2871,126 @@ ZanStatus zaniOBMC8x8QP_MPEG4_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* p
                                      const Zan16s* pMVCur, const Zan16s* pMVLeft, const Zan16s* pMVRight,
                                      const Zan16s* pMVAbove, const Zan16s* pMVBelow, Zan32s rounding);
 
+/* Global motion compensation and sprite warping.  The warp record is opaque:
+ * zaniWarpGetSize_MPEG4 gives the size of the caller's block (384 bytes); the
+ * record itself starts at the first 16-byte boundary inside that block, and
+ * every function that takes pSpec finds it there again.  An initialised
+ * record carries the identifier "QAMC" (0x434D4151); it is read only after its
+ * init and may be shared between threads.
+ *
+ * Coordinates.  Warp points (pDU, pDV: du[0..3], dv[0..3]) are in half
+ * samples, as coded.  With s = 2 << warpAccuracy, the sprite points are, in
+ * 1/s sample units, i'0 = s/2 (2 i0 + du0), i'1 = s/2 (2 (i0 + W) + du0 + du1),
+ * i'2 = s/2 (2 i0 + du0 + du2), i'3 = s/2 (2 (i0 + W) + du0 + du1 + du2 + du3)
+ * (j' alike with j0, H and dv), where (i0, j0, W, H) is *pVopRect.
+ * A destination rectangle (pDstRect) and the macroblock offsets of
+ * zaniCalcGlobalMV_MPEG4 count from the picture's origin (i0, j0): luma sample
+ * (x, y) of the rectangle is the picture sample i = i0 + x, j = j0 + y;
+ * chroma rectangles count chroma samples from the chroma origin (i0/2, j0/2).
+ * Source positions are absolute sprite (reference) coordinates.  pSrcY
+ * addresses the sample at (spriteRect.x, spriteRect.y); pSrcCb and pSrcCr the
+ * sample at (chromaRect.x, chromaRect.y), chromaRect being (x / 2, y / 2,
+ * (width + 1) >> 1, (height + 1) >> 1) of spriteRect (C division).  pDstY,
+ * pDstCb and pDstCr address the destination rectangle's first sample.
+ *
+ * Warped positions, F (horizontal) and G (vertical), in 1/s units:
+ *  0 points: F = s i (chroma s ic): a plain copy.
+ *  1 point: F = i'0 + s (i - i0).  Chroma: Fc = s (ic - i0/2) + c, with c =
+ *    (i'0 + 1) >> 1 for spriteType 1 and (i'0 >> 1) | (i'0 & 1) otherwise.
+ *  2 and 3 points: the virtual points of the codec, W' = 2^a and H' = 2^b the
+ *    smallest powers of two at or above W and H, r = 16 / s, and "//" the
+ *    division that rounds half away from zero:
+ *      i''1 = 16 (i0 + W') + ((W - W')(r i'0 - 16 i0) + W'(r i'1 - 16 (i0 + W))) // W
+ *      j''1 = 16 j0 + ((W - W')(r j'0 - 16 j0) + W'(r j'1 - 16 j0)) // W
+ *      i''2 = 16 i0 + ((H - H')(r i'0 - 16 i0) + H'(r i'2 - 16 i0)) // H
+ *      j''2 = 16 (j0 + H') + ((H - H')(r j'0 - 16 j0) + H'(r j'2 - 16 (j0 + H))) // H
+ *    With p = log2 r, x = i - i0, y = j - j0, A = i''1 - r i'0, B = j''1 - r j'0,
+ *    two points: F = (i'0 2^(a+p) + A x - B y + 2^(a+p-1)) >> (a + p) and
+ *    G = (j'0 2^(a+p) + B x + A y + 2^(a+p-1)) >> (a + p); chroma, with
+ *    X = 4 xc + 1, Y = 4 yc + 1: Fc = (A X - B Y + 2 W' r i'0 - 16 W' +
+ *    2^(a+p+1)) >> (a + p + 2), Gc = (B X + A Y + 2 W' r j'0 - 16 W' +
+ *    2^(a+p+1)) >> (a + p + 2).  Three points, C = i''2 - r i'0,
+ *    D = j''2 - r j'0: F = (i'0 2^(a+b+p) + A H' x + C W' y + 2^(a+b+p-1)) >>
+ *    (a + b + p), G likewise with j'0, B and D; chroma
+ *    Fc = (A H' X + C W' Y + 2 W' H' r i'0 - 16 W' H' + 2^(a+b+p+1)) >> (a + b + p + 2).
+ *    (A rounding term with a negative exponent is 0.)
+ *  4 points (static sprites only): the projective form of the codec, in
+ *    double precision with the sprite points in 1/s units: F = floor((a x +
+ *    b y + c) / (g x + h y + D W H)), G with d, e, f; chroma Fc = floor((2a X +
+ *    2b Y + 4c - (g X + h Y + 2 D W H) s) / (4 (g X + h Y + 2 D W H))), where
+ *    g = ((i'0 - i'1 - i'2 + i'3)(j'2 - j'3) - (i'2 - i'3)(j'0 - j'1 - j'2 + j'3)) H,
+ *    h = ((i'1 - i'3)(j'0 - j'1 - j'2 + j'3) - (i'0 - i'1 - i'2 + i'3)(j'1 - j'3)) W,
+ *    D = (i'1 - i'3)(j'2 - j'3) - (i'2 - i'3)(j'1 - j'3), a = D (i'1 - i'0) H + g i'1,
+ *    b = D (i'2 - i'0) W + h i'2, c = D i'0 W H, d = D (j'1 - j'0) H + g j'1,
+ *    e = D (j'2 - j'0) W + h j'2, f = D j'0 W H.
+ *
+ * Sample value.  A position F in 1/s units is taken to 1/16 units (F * 16 / s);
+ * its integer part X0 and fraction fx (0..15), likewise Y0 and fy, give
+ *   ((16 - fy)((16 - fx) P(X0, Y0) + fx P(X0 + 1, Y0))
+ *    + fy ((16 - fx) P(X0, Y0 + 1) + fx P(X0 + 1, Y0 + 1)) + R) >> 8,
+ * R = 128 - (f << (3 - warpAccuracy)), f = 1 when roundingType is non-zero and
+ * spriteType is not 1, else 0.  Every sample coordinate is clamped to the
+ * reference rectangle (spriteRect, chromaRect for chroma) before it is read,
+ * so that its border repeats; nothing outside the rectangle is read. */
+typedef struct ZanWarpSpec ZanWarpSpec;
+
+/* Size in bytes of the caller's block for a warp record: writes 384.
+ * Checks: pSize null: zanStsNullPtr. */
+ZanStatus zaniWarpGetSize_MPEG4(Zan32s* pSize);
+
+/* Initialises the warp record for one picture.  spriteType 1 is a static
+ * sprite, any other value global motion compensation; warpAccuracy 0..3
+ * (positions in 1/2 to 1/16 sample); roundingType is the rounding control;
+ * quarterSample 1 or 0 is kept for zaniCalcGlobalMV_MPEG4 (any non-zero value
+ * counts as 1); fcode 1..7 sets the vector clamp -(16 << fcode) ..
+ * (16 << fcode) - 1.  pDU and pDV hold numWarpPoints values each.
+ * Checks, in order: pSpec, pSpriteRect or pVopRect null: zanStsNullPtr;
+ * numWarpPoints below 0 or above 4: zanStsOutOfRange; numWarpPoints 4 with
+ * spriteType other than 1: zanStsOutOfRange; warpAccuracy outside 0..3 or
+ * fcode outside 1..7: zanStsOutOfRange; a width or height of either rectangle
+ * below 1: zanStsSizeBad.  Then the plain fields are written (and the record
+ * marked not initialised); with numWarpPoints non-zero, pDU or pDV null gives
+ * zanStsNullPtr at this point, leaving the record not initialised. */
+ZanStatus zaniWarpInit_MPEG4(ZanWarpSpec* pSpec, const Zan32s* pDU, const Zan32s* pDV, Zan32s numWarpPoints,
+                             Zan32s spriteType, Zan32s warpAccuracy, Zan32s roundingType, Zan32s quarterSample,
+                             Zan32s fcode, const ZaniRect* pSpriteRect, const ZaniRect* pVopRect);
+
+/* Warps the luma rectangle pDstRect (width x height samples at pDstY) from
+ * the reference at pSrcY, or the two chroma rectangles from pSrcCb and
+ * pSrcCr, by the record's warp, with the bilinear sample value above.  A
+ * rectangle with a width or height below 1 writes nothing.  Steps are not
+ * checked.  Checks: any pointer null: zanStsNullPtr; a record without the
+ * "QAMC" identifier: zanStsContextMismatch. */
+ZanStatus zaniWarpLuma_MPEG4_8u_C1R(const Zan8u* pSrcY, Zan32s srcStepY, Zan8u* pDstY, Zan32s dstStepY,
+                                    const ZaniRect* pDstRect, const ZanWarpSpec* pSpec);
+ZanStatus zaniWarpChroma_MPEG4_8u_P2R(const Zan8u* pSrcCb, Zan32s srcStepCb, const Zan8u* pSrcCr,
+                                      Zan32s srcStepCr, Zan8u* pDstCb, Zan32s dstStepCb, Zan8u* pDstCr,
+                                      Zan32s dstStepCr, const ZaniRect* pDstRect, const ZanWarpSpec* pSpec);
+
+/* Global motion vector of the macroblock at (xOffset, yOffset) (luma samples
+ * from the picture's origin), x then y into pGMV, in half samples, or quarter
+ * samples when quarterSample was set.  0 points: (0, 0), whatever the
+ * offsets.  1 point: the first point's displacement from the picture's
+ * origin in 1/16 units, r i'0 - 16 i0 = 8 du0 (and 8 dv0), shifted right by
+ * 3 - quarterSample and kept as Zan16s.  2 to 4 points: the sum S of
+ * F(i, j) - s i over the 256 samples of the macroblock (G - s j for y),
+ * rounded as (S - (S < 0) + (1 << (a + 7 - q))) >> (a + 8 - q), a =
+ * warpAccuracy, q = quarterSample.  Both components are then clamped to the
+ * record's range -(16 << fcode) .. (16 << fcode) - 1.
+ * Checks: pSpec or pGMV null: zanStsNullPtr; a record without the "QAMC"
+ * identifier: zanStsContextMismatch. */
+ZanStatus zaniCalcGlobalMV_MPEG4(Zan32s xOffset, Zan32s yOffset, Zan16s* pGMV, const ZanWarpSpec* pSpec);
+
+/* Sprite brightness change in place on width x height samples: with b =
+ * brightnessChange, W = ((b << 10) + (b < 0 ? -50 : 50)) / 100 + 1024
+ * (division truncating toward zero), each sample s becomes
+ * clamp((s * W + 520) >> 10, 0, 255) (arithmetic shift).  b 0 returns at
+ * once; a width or height below 1 does nothing.  The step is not checked.
+ * Checks: pSrcDst null: zanStsNullPtr; brightnessChange below -112 or above
+ * 1648: zanStsOutOfRange. */
+ZanStatus zaniChangeSpriteBrightness_MPEG4_8u_C1IR(Zan8u* pSrcDst, Zan32s srcDstStep, Zan32s width, Zan32s height,
+                                                   Zan32s brightnessChange);
+
 /* ==== end of mpeg4pred ==== */
 
 /* ==== vc1interp: VC-1 interpolation and range mapping ==== */

@@ -1,5 +1,6 @@
-// MPEG-4 prediction tools: quarter-sample block copies, overlapped-block
-// motion compensation, the warp record's size and the sprite brightness gain.
+// MPEG-4 prediction tools: quarter-sample block copies and overlapped-block
+// motion compensation.  The warp, the sprite tools and their catalogue entries
+// live in mpeg4pred_warp.cpp.
 //
 // Quarter-sample copy.  The half-sample value between samples i and i + 1 of
 // a row (or column) s is
@@ -275,7 +276,11 @@ ZanStatus obmc(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, c
 
 }  // namespace
 
-const Kernels kernels = {kCopyQPPairs, kSumOBMCPairs};
+// Defined beside the warp.
+extern const KernelPair<WarpFn> kWarpPairs[1];
+extern const KernelPair<BrightnessFn> kBrightnessPairs[1];
+
+const Kernels kernels = {kCopyQPPairs, kSumOBMCPairs, kWarpPairs, kBrightnessPairs};
 
 }  // namespace zan::ZAN_PATH::mpeg4pred
 

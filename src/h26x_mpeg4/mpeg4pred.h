@@ -1,5 +1,6 @@
-// MPEG-4 prediction tools: quarter-sample block copies and overlapped-block
-// motion compensation (OBMC).  Kernel signatures, the OBMC weight windows,
+// MPEG-4 prediction tools: quarter-sample block copies, overlapped-block
+// motion compensation (OBMC), global motion compensation and sprite warping,
+// and the sprite brightness change.  Kernel signatures, the OBMC weight windows,
 // and the catalogues of kernels that each path offers to the checker and the
 // benchmarks.
 //
@@ -54,11 +55,41 @@ constexpr Weights16 make_weights16() {
 }
 inline constexpr Weights16 kOBMC16x16Weights = make_weights16();
 
+// One plane of an affine (or translational) warp, as the warp kernels take
+// it.  Positions of destination sample (x, y) of the rectangle (x, y counted
+// from the picture's origin), in 1/s sample units:
+//   F = (off[0] + dx[0] * x + dy[0] * y) >> shift,  G = (off[1] + dx[1] * x + dy[1] * y) >> shift
+// (arithmetic shift: the rounding term is inside off), clamped to
+// +-kPosLimit, then taken to 1/16 units by << rho (rho = 3 - warpAccuracy).
+// rect is the readable reference area (x, y, width, height) in absolute
+// coordinates; the source pointer addresses its first sample.
+struct WarpPlane {
+    Zan64s off[2];
+    Zan64s dx[2];
+    Zan64s dy[2];
+    Zan32s shift;
+    Zan32s rho;
+    Zan32s rect[4];
+    Zan32s roundTerm;
+};
+inline constexpr Zan64s kPosLimit = Zan64s{1} << 26;
+
+// Warps the w x h destination rectangle at (x0, y0) of a plane.
+using WarpFn = void (*)(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s x0, Zan32s y0,
+                        Zan32s w, Zan32s h, const WarpPlane& plane);
+// Sprite brightness gain in place: W is the gain of the exported function
+// (-123 .. 17900 for the accepted changes).
+using BrightnessFn = void (*)(Zan8u* pSrcDst, Zan32s step, Zan32s width, Zan32s height, Zan32s W);
+
 // Catalogue.  copyQP: width x height blocks, param unused (every acc 1..15
-// and both roundings are drawn).  sumOBMC: width 8 or 16.
+// and both roundings are drawn).  sumOBMC: width 8 or 16.  warp: the affine
+// warp of a plane, width and height the largest rectangle drawn, param
+// unused.  brightness: width and height the largest region drawn.
 struct Kernels {
     KernelList<CopyQPFn> copyQP;
     KernelList<SumOBMCFn> sumOBMC;
+    KernelList<WarpFn> warp;
+    KernelList<BrightnessFn> brightness;
 };
 
 }  // namespace zan::mpeg4pred
