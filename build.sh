@@ -22,6 +22,7 @@ deps=(
   "ffmpeg:/usr/bin/ffmpeg"
   "clang:/usr/bin/clang++"
   "libclang-rt-14-dev:/usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a"
+  "libavutil-dev:/usr/include/x86_64-linux-gnu/libavutil/pixelutils.h"
 )
 
 install_deps() {
