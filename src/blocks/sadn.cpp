@@ -22,13 +22,14 @@ using scalar::at;
 // ============================================================ scalar rules
 
 template <int B>
-void cand_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
+ZanStatus cand_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
     for (Zan32s i = 0; i < count; ++i) {
         Zan32s sum = 0;
         for (Zan32s y = 0; y < B; ++y)
             for (Zan32s x = 0; x < B; ++x) sum += absdiff(at(c, cs, x, y), at(r, rs, x + i, y));
         pResult[i] = static_cast<Zan16u>(sum);
     }
+    return zanStsOk;
 }
 
 // The first index of the smallest result.
@@ -255,16 +256,17 @@ inline __m128i pass_a(const Current<B>& cur, const Zan8u* base, Zan32s rs) {
 
 // Any alignment of pRef, refStep and pResult.
 template <int B>
-void sad_xn_sse2(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
+ZanStatus sad_xn_sse2(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
     const Current<B> cur(c, cs);
     for (Zan32s i = 0; i < count; i += 8) simd::store16(pResult + i, pass_u<B>(cur, r + i, rs));
+    return zanStsOk;
 }
 
 // pRef & 15 == S, refStep and pResult multiples of 16.  Passes alternate
 // between phase S and phase (S + 8) & 15; the aligned base moves on by 16
 // bytes every two passes.
 template <int B, int S>
-void sad_xn_a_ssse3(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
+ZanStatus sad_xn_a_ssse3(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
     constexpr int S2 = (S + 8) & 15;
     constexpr int next = S2 < S ? 16 : 0;  // the second pass's base, from the first's
     const Current<B> cur(c, cs);
@@ -274,6 +276,7 @@ void sad_xn_a_ssse3(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u
         if (i + 8 < count)
             _mm_store_si128(reinterpret_cast<__m128i*>(pResult + i + 8), pass_a<B, S2>(cur, base + next, rs));
     }
+    return zanStsOk;
 }
 
 constexpr CandFn sad_2x2xn_8u_sse2 = sad_xn_sse2<2>;
@@ -401,22 +404,22 @@ namespace zan::ZAN_PATH {
 // The 2x2 form has one kernel, for any alignment.
 ZanStatus zaniSAD2x2xN_8u16u_C1R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
                                  Zan16u* pResult, Zan32s numCand) {
-    if (!pCur || !pRef || !pResult) return zanStsNullPtr;
+    ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);
     Zan32s count = numCand & ~7;
-    if (count < 8) return zanStsSizeBad;
-    sad::sad_2x2xn_8u_sse2(pCur, curStep, pRef, refStep, pResult, count);
-    return zanStsOk;
+    if (count < 8) [[unlikely]]
+        return zanStsSizeBad;
+    return sad::sad_2x2xn_8u_sse2(pCur, curStep, pRef, refStep, pResult, count);
 }
 
 #define ZAN_SAD_XN(name, B)                                                                                 \
     ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,  \
                    Zan32s numCand) {                                                                        \
-        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                               \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                               \
         Zan32s count = numCand & ~7;                                                                        \
-        if (count < 8) return zanStsSizeBad;                                                                \
-        sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, refStep, \
-                       pResult)(pCur, curStep, pRef, refStep, pResult, count);                              \
-        return zanStsOk;                                                                                    \
+        if (count < 8) [[unlikely]]                                                                         \
+            return zanStsSizeBad;                                                                           \
+        return sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef,  \
+                              refStep, pResult)(pCur, curStep, pRef, refStep, pResult, count);              \
     }
 ZAN_SAD_XN(zaniSAD4x4xN_8u16u_C1R, 4)
 ZAN_SAD_XN(zaniSAD8x8xN_8u16u_C1R, 8)
@@ -426,9 +429,10 @@ ZAN_SAD_XN(zaniSAD16x16xN_8u16u_C1R, 16)
 #define ZAN_SAD_XNI(name, B, find_min)                                                                      \
     ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,  \
                    Zan32s numCand, Zan32s* pMinIndex) {                                                     \
-        if (!pCur || !pRef || !pResult || !pMinIndex) return zanStsNullPtr;                                 \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult); ZAN_SAD_NULL(pMinIndex);             \
         Zan32s count = numCand & ~7;                                                                        \
-        if (count < 8) return zanStsSizeBad;                                                                \
+        if (count < 8) [[unlikely]]                                                                         \
+            return zanStsSizeBad;                                                                           \
         sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, refStep, \
                        pResult)(pCur, curStep, pRef, refStep, pResult, count);                              \
         *pMinIndex = sad::find_min(pResult, count);                                                         \
