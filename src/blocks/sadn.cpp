@@ -96,12 +96,26 @@ inline __m128i pack_sads(const __m128i (&acc)[8]) {
 
 // The current block, loaded once per kernel call in the layout that its
 // size's pass compares against; a 16x16 block is read row by row per pass.
+// The eight sums as they stand after a row pair.  The empty asm keeps the
+// compiler from hoisting the loads of later rows above these adds, which
+// leaves more values live than there are registers and spills them.
+inline void keep_sums(__m128i (&acc)[8]) {
+    asm("" : "+x"(acc[0]), "+x"(acc[1]), "+x"(acc[2]), "+x"(acc[3]));
+    asm("" : "+x"(acc[4]), "+x"(acc[5]), "+x"(acc[6]), "+x"(acc[7]));
+}
+
+// Rows of 8 at p0 and p1 side by side (movq, movhps).
+inline __m128i load8x2(const Zan8u* p0, const Zan8u* p1) {
+    return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(load8(p0)), reinterpret_cast<const double*>(p1)));
+}
+
 template <int B>
 struct Current {
     __m128i v[4];
+    __m128i w[4];  // 8x8: rows 2j and 2j + 1 side by side, for the any-alignment kernel
     const Zan8u* p;
     Zan32s step;
-    Current(const Zan8u* c, Zan32s cs) : v(), p(c), step(cs) {
+    Current(const Zan8u* c, Zan32s cs) : v(), w(), p(c), step(cs) {
         if constexpr (B == 2) {
             // Column x as one 16-bit word (row 0 low byte, row 1 high byte),
             // in every lane.
@@ -113,8 +127,10 @@ struct Current {
                                       _mm_unpacklo_epi8(load4(row(c, cs, 2)), load4(row(c, cs, 3))));
         } else if constexpr (B == 8) {
             // Row pairs (2j, 2j + 1), columns 0..7, each column as two bytes.
-            for (int j = 0; j < 4; ++j)
+            for (int j = 0; j < 4; ++j) {
                 v[j] = _mm_unpacklo_epi8(load8(row(c, cs, 2 * j)), load8(row(c, cs, 2 * j + 1)));
+                w[j] = load8x2(row(c, cs, 2 * j), row(c, cs, 2 * j + 1));
+            }
         }
     }
 };
@@ -146,18 +162,16 @@ inline __m128i pass4x4(const Current<4>& cur, RowV rowv) {
     return pack_sads(acc);
 }
 
-// 8x8, any alignment: candidate k of rows 2j and 2j + 1 as two 8-byte loads,
-// interleaved like the current row pair.
+// 8x8, any alignment: candidate k of rows 2j and 2j + 1 as one movq and one
+// movhps, against the current row pair laid out the same way.
 inline __m128i pass8x8(const Current<8>& cur, const Zan8u* r, Zan32s rs) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
     for (int j = 0; j < 4; ++j) {
         const Zan8u* p0 = row(r, rs, 2 * j);
         const Zan8u* p1 = row(r, rs, 2 * j + 1);
-        unroll<8>([&](auto k) {
-            __m128i x = _mm_unpacklo_epi8(load8(p0 + k), load8(p1 + k));
-            acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(x, cur.v[j]));
-        });
+        unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(load8x2(p0 + k, p1 + k), cur.w[j])); });
+        keep_sums(acc);
     }
     return pack_sads(acc);
 }
