@@ -201,6 +201,7 @@ template <class Cands>
 inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
+#pragma GCC unroll 4
     for (Zan32s y = 0; y < 16; ++y) {
         __m128i c = load16(row(cur.p, cur.step, y));
         auto candidate = cands(y);
