@@ -255,8 +255,12 @@ template <int W, int H, int P>
 inline __attribute__((always_inline)) Zan32s sad8_core(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs) {
     static_assert(H % 4 == 0 && (W == 16 || W == 8 || (W == 4 && P == kPlain)));
     if constexpr (W == 16) {
-        if (((static_cast<Zan32u>(reinterpret_cast<uintptr_t>(c)) | static_cast<Zan32u>(cs)) & 15) == 0)
-            return sad_w16<H, P, true>(c, cs, r, rs);
+        // Two tests in place, rather than an OR into a scratch register that
+        // the compiler has to free first.
+        if ((reinterpret_cast<uintptr_t>(c) & 15) == 0) {
+            asm volatile("");
+            if ((cs & 15) == 0) return sad_w16<H, P, true>(c, cs, r, rs);
+        }
         return sad_w16<H, P, false>(c, cs, r, rs);
     } else if constexpr (W == 8) {
         return sad_w8<H, P>(c, cs, r, rs);
