@@ -190,6 +190,7 @@ inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
             __m128i x = cat<2 * decltype(k)::value, true>(lo, hi);
             acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(x, cur.v[j]));
         });
+        keep_sums(acc);
     }
     return pack_sads(acc);
 }
