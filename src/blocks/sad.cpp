@@ -483,11 +483,11 @@ namespace zan::ZAN_PATH {
 // writes the result and returns zanStsOk.
 //
 // mcType >> 2 indexes the position table unchecked: 0..15 is the caller's promise.
-#define ZAN_SAD_POSITION(name, T, table)                                                     \
+#define ZAN_SAD_POSITION(name, T, table)                                                          \
     ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, Zan32s* pResult, \
-                   Zan32s mcType) {                                                          \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                               \
-        return sad::table[mcType >> 2](pCur, curStep, pRef, refStep, pResult);               \
+                   Zan32s mcType) {                                                               \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                            \
+        return sad::table[mcType >> 2](pCur, curStep, pRef, refStep, pResult);                    \
     }
 ZAN_SAD_POSITION(zaniSAD16x16_8u32s, Zan8u, kSad16x16)
 ZAN_SAD_POSITION(zaniSAD16x8_8u32s_C1R, Zan8u, kSad16x8)
@@ -497,10 +497,10 @@ ZAN_SAD_POSITION(zaniSAD8x8_16u32s_C1R, Zan16u, kSad8x8_16u)
 ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u)
 #undef ZAN_SAD_POSITION
 
-#define ZAN_SAD_PLAIN(name, W, H)                                                                \
+#define ZAN_SAD_PLAIN(name, W, H)                                                                           \
     ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan32s* pResult) { \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                               \
-        return sad::sad8_out<W, H, sad::kPlain>(pCur, curStep, pRef, refStep, pResult);          \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                      \
+        return sad::sad8_out<W, H, sad::kPlain>(pCur, curStep, pRef, refStep, pResult);                     \
     }
 ZAN_SAD_PLAIN(zaniSAD8x16_8u32s_C1R, 8, 16)
 ZAN_SAD_PLAIN(zaniSAD8x4_8u32s_C1R, 8, 4)
@@ -516,10 +516,10 @@ ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* p
     return sad::kSad8x8C2[mcType >> 2](pCur, curStep, pRef, refStep, pResultU, pResultV);
 }
 
-#define ZAN_SAD_BLOCKS(name, T, R, kernel)                                                    \
+#define ZAN_SAD_BLOCKS(name, T, R, kernel)                                                     \
     ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, R* pResult) { \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                               \
-        return sad::kernel(pCur, curStep, pRef, refStep, pResult);                            \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                         \
+        return sad::kernel(pCur, curStep, pRef, refStep, pResult);                             \
     }
 ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_8u16u, Zan8u, Zan16u, blocks8x8_8u_simd)
 ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_8u16u, Zan8u, Zan16u, blocks4x4_8u_simd)

@@ -427,32 +427,32 @@ ZanStatus zaniSAD2x2xN_8u16u_C1R(const Zan8u* pCur, Zan32s curStep, const Zan8u*
     return sad::sad_2x2xn_8u_sse2(pCur, curStep, pRef, refStep, pResult, count);
 }
 
-#define ZAN_SAD_XN(name, B)                                                                                 \
+#define ZAN_SAD_XN(name, B)                                                                                \
     ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,  \
-                   Zan32s numCand) {                                                                        \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                               \
-        Zan32s count = numCand & ~7;                                                                        \
-        if (count < 8) [[unlikely]]                                                                         \
-            return zanStsSizeBad;                                                                           \
-        return sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef,  \
-                              refStep, pResult)(pCur, curStep, pRef, refStep, pResult, count);              \
+                   Zan32s numCand) {                                                                       \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                     \
+        Zan32s count = numCand & ~7;                                                                       \
+        if (count < 8) [[unlikely]]                                                                        \
+            return zanStsSizeBad;                                                                          \
+        return sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, \
+                              refStep, pResult)(pCur, curStep, pRef, refStep, pResult, count);             \
     }
 ZAN_SAD_XN(zaniSAD4x4xN_8u16u_C1R, 4)
 ZAN_SAD_XN(zaniSAD8x8xN_8u16u_C1R, 8)
 ZAN_SAD_XN(zaniSAD16x16xN_8u16u_C1R, 16)
 #undef ZAN_SAD_XN
 
-#define ZAN_SAD_XNI(name, B, find_min)                                                                      \
-    ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,  \
-                   Zan32s numCand, Zan32s* pMinIndex) {                                                     \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult); ZAN_SAD_NULL(pMinIndex);             \
-        Zan32s count = numCand & ~7;                                                                        \
-        if (count < 8) [[unlikely]]                                                                         \
-            return zanStsSizeBad;                                                                           \
+#define ZAN_SAD_XNI(name, B, find_min)                                                                       \
+    ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,    \
+                   Zan32s numCand, Zan32s* pMinIndex) {                                                      \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult); ZAN_SAD_NULL(pMinIndex);              \
+        Zan32s count = numCand & ~7;                                                                         \
+        if (count < 8) [[unlikely]]                                                                          \
+            return zanStsSizeBad;                                                                            \
         sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, refStep, \
-                       pResult)(pCur, curStep, pRef, refStep, pResult, count);                              \
-        *pMinIndex = sad::find_min(pResult, count);                                                         \
-        return zanStsOk;                                                                                    \
+                       pResult)(pCur, curStep, pRef, refStep, pResult, count);                               \
+        *pMinIndex = sad::find_min(pResult, count);                                                          \
+        return zanStsOk;                                                                                     \
     }
 ZAN_SAD_XNI(zaniSAD4x4xNI_8u16u_C1R, 4, find_min_sad_16u_sse2)
 ZAN_SAD_XNI(zaniSAD8x8xNI_8u16u_C1R, 8, find_min_sad_16u_sse2)
