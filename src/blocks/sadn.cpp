@@ -115,7 +115,7 @@ struct Current {
     __m128i w[4];  // 8x8: rows 2j and 2j + 1 side by side, for the any-alignment kernel
     const Zan8u* p;
     Zan32s step;
-    Current(const Zan8u* c, Zan32s cs) : v(), w(), p(c), step(cs) {
+    __attribute__((always_inline)) Current(const Zan8u* c, Zan32s cs) : v(), w(), p(c), step(cs) {
         if constexpr (B == 2) {
             // Column x as one 16-bit word (row 0 low byte, row 1 high byte),
             // in every lane.
