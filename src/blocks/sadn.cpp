@@ -111,8 +111,8 @@ inline __m128i load8x2(const Zan8u* p0, const Zan8u* p1) {
 
 template <int B>
 struct Current {
-    __m128i v[B == 16 ? 1 : 4];
-    __m128i w[B == 8 ? 4 : 1];  // 8x8: rows 2j and 2j + 1 side by side, for the any-alignment kernel
+    __m128i v[4];
+    __m128i w[4];  // 8x8: rows 2j and 2j + 1 side by side, for the any-alignment kernel
     const Zan8u* p;
     Zan32s step;
     __attribute__((always_inline)) Current(const Zan8u* c, Zan32s cs) : v(), w(), p(c), step(cs) {
@@ -197,30 +197,23 @@ inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
 
 // 16x16: one load of each current row against the eight candidates of the
 // reference row; cands(y) gives, for reference row y of the pass, a function
-// of the compile-time k that forms candidate k.  Unroll: four rows to a loop
-// trip, which the any-alignment form gains from; the aligned form, with its
-// register copies for palignr, measured slower that way.
-template <bool Unroll, class Cands>
+// of the compile-time k that forms candidate k.
+template <class Cands>
 inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
-    auto one_row = [&](Zan32s y) {
+#pragma GCC unroll 4
+    for (Zan32s y = 0; y < 16; ++y) {
         __m128i c = load16(row(cur.p, cur.step, y));
         auto candidate = cands(y);
         unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(candidate(k), c)); });
-    };
-    if constexpr (Unroll) {
-#pragma GCC unroll 4
-        for (Zan32s y = 0; y < 16; ++y) one_row(y);
-    } else {
-        for (Zan32s y = 0; y < 16; ++y) one_row(y);
     }
     return pack_sads(acc);
 }
 
 // Any alignment: eight unaligned loads of the reference row.
 inline __m128i pass16x16_u(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
-    return pass16x16<true>(cur, [&](Zan32s y) {
+    return pass16x16(cur, [&](Zan32s y) {
         const Zan8u* p = row(r, rs, y);
         return [p](auto k) { return load16(p + decltype(k)::value); };
     });
@@ -231,7 +224,7 @@ inline __m128i pass16x16_u(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
 // P >= 10.
 template <int P>
 inline __m128i pass16x16_a(const Current<16>& cur, const Zan8u* base, Zan32s rs) {
-    return pass16x16<false>(cur, [&](Zan32s y) {
+    return pass16x16(cur, [&](Zan32s y) {
         const Zan8u* u = row(base, rs, y);
         __m128i u0 = load16a(u), u1 = load16a(u + 16);
         __m128i u2 = P + 22 >= 32 ? load16a(u + 32) : _mm_setzero_si128();
