@@ -26,6 +26,7 @@ deps=(
   "python3:/usr/bin/python3"
   "doxygen:/usr/bin/doxygen"
   "abigail-tools:/usr/bin/abidiff"
+  "libavutil-dev:/usr/include/x86_64-linux-gnu/libavutil/pixelutils.h"
 )
 
 install_deps() {

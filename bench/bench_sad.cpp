@@ -1,6 +1,15 @@
 // Sum of absolute differences: every catalogue entry (rule, u8 kernel, n8
 // kernel) and a representative set of exported functions.
 //
+// Single-block exports are timed three ways in one harness, so that the
+// figures differ only in what is called:
+//   sad/export/<name>   the exported function (stub, checks, kernel)
+//   sad/direct/<name>   the active path's catalogue kernel of the same
+//                       block, called straight through a pointer
+//   sad/peer/<name>     FFmpeg's libavutil pixelutils SAD of the same size
+//                       (8x8 and 16x16 only), capped at SSE2, when the
+//                       program was built with libavutil
+//
 // Inputs live in a few kilobytes reused on every iteration, so they stay in
 // the L1 cache.  Rows lie kStep bytes apart, a multiple of 16.  The current
 // block is 16-byte aligned; the reference starts one byte past a 16-byte
@@ -8,8 +17,20 @@
 // built for one alignment of pRef, which get exactly that alignment (and an
 // aligned result array).  Candidate rows are timed with kCandidates
 // candidates per call.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+
 #include "bench_util.h"
 #include "blocks/sad.h"
+
+#if ZANVC_BENCH_AVUTIL
+extern "C" {
+#include <libavutil/cpu.h>
+#include <libavutil/pixelutils.h>
+}
+#endif
 
 namespace {
 
@@ -157,11 +178,11 @@ void time_field(benchmark::State& s, const KernelPair<Fn>&, Fn fn) {
 
 // ------------------------------------------------------------- exports
 
-// Times call(inputs) through an exported function; a failing status skips
+// Times call(inputs) under the name sad/<kind>/<what>; a failing status skips
 // the benchmark with the status in its message.
 template <class Call>
-void add_export(const std::string& what, Call call) {
-    bench::add("sad/export/" + what, [=](benchmark::State& s) {
+void add_timed(const std::string& kind, const std::string& what, Call call) {
+    bench::add("sad/" + kind + "/" + what, [=](benchmark::State& s) {
         Inputs in;
         ZanStatus st = call(in);
         if (st != zanStsOk) {
@@ -176,6 +197,92 @@ void add_export(const std::string& what, Call call) {
         }
     });
 }
+
+template <class Call>
+void add_export(const std::string& what, Call call) {
+    add_timed("export", what, call);
+}
+
+// The catalogue entry of the active path (the path the exports run) by name.
+bool n8_active() { return zanvcGetLibVersion()->targetCode[0] == 'n'; }
+
+template <class Fn>
+Fn active_kernel(KernelList<Fn> u8, KernelList<Fn> n8, const char* name) {
+    for (const auto& e : n8_active() ? n8 : u8)
+        if (std::strcmp(e.name, name) == 0) return e.simd;
+    std::fprintf(stderr, "bench_sad: no catalogue entry %s\n", name);
+    std::abort();
+}
+
+// Reference origins in the export timings: one byte past a 16-byte boundary
+// (refAt(1)); 16-bit samples two bytes past it.
+const Zan16u* ref16(Inputs& in) { return reinterpret_cast<const Zan16u*>(in.refAt(2)); }
+
+// One single-block export of 8-bit samples and its own kernel.  mc: the
+// export's mcType, or -1 for the forms without one.
+template <class ExportFn>
+void add_sad8(const std::string& what, ExportFn exp, Zan32s mc, const char* kernel) {
+    const BlockKernels& bu = u8::sad::block_kernels;
+    const BlockKernels& bn = n8::sad::block_kernels;
+    Sad8Fn k = active_kernel<Sad8Fn>(bu.sad8, bn.sad8, kernel);
+    add_export(what, [=](Inputs& in) {
+        if constexpr (std::is_invocable_v<ExportFn, const Zan8u*, Zan32s, const Zan8u*, Zan32s, Zan32s*, Zan32s>)
+            return exp(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>(), mc);
+        else
+            return exp(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>());
+    });
+    add_timed("direct", what, [=](Inputs& in) {
+        *in.out.as<Zan32s>() = k(in.cur.data(), kStep, in.refAt(1), kStep);
+        return zanStsOk;
+    });
+}
+
+template <class ExportFn>
+void add_sad16(const std::string& what, ExportFn exp, const char* kernel) {
+    const BlockKernels& bu = u8::sad::block_kernels;
+    const BlockKernels& bn = n8::sad::block_kernels;
+    Sad16Fn k = active_kernel<Sad16Fn>(bu.sad16, bn.sad16, kernel);
+    add_export(what, [=](Inputs& in) {
+        return exp(in.cur.as<Zan16u>(), kStep, ref16(in), kStep, in.out.as<Zan32s>(), 0);
+    });
+    add_timed("direct", what, [=](Inputs& in) {
+        *in.out.as<Zan32s>() = k(in.cur.as<Zan16u>(), kStep, ref16(in), kStep);
+        return zanStsOk;
+    });
+}
+
+#if ZANVC_BENCH_AVUTIL
+// FFmpeg's SAD of 2^bits x 2^bits samples with its processor flags capped at
+// SSE2 (MMX, MMXEXT, SSE, SSE2 and CMOV: the 8x8 function is an MMXEXT one,
+// so SSE2 alone would leave only the C code).  aligned = 1: src1, the current
+// block, is aligned, as in every timing here; src2, the reference, is not.
+void add_peer(const std::string& what, int bits) {
+    const int cap = AV_CPU_FLAG_MMX | AV_CPU_FLAG_MMXEXT | AV_CPU_FLAG_SSE | AV_CPU_FLAG_SSE2 | AV_CPU_FLAG_CMOV;
+    av_force_cpu_flags(cap);
+    const int flags = av_get_cpu_flags();
+    av_pixelutils_sad_fn fn = av_pixelutils_get_sad_fn(bits, bits, 1, nullptr);
+    av_force_cpu_flags(-1);
+    if (!fn || flags != cap) {
+        std::fprintf(stderr, "bench_sad: FFmpeg peer %s not available (flags %#x)\n", what.c_str(), flags);
+        return;
+    }
+    static bool contextAdded = false;
+    if (!contextAdded) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%#x", flags);
+        benchmark::AddCustomContext("ffmpeg_cpu_flags", text);
+        contextAdded = true;
+    }
+    add_timed("peer", what, [=](Inputs& in) {
+        *in.out.as<Zan32s>() = fn(in.cur.data(), kStep, in.refAt(1), kStep);
+        return zanStsOk;
+    });
+}
+#else
+void add_peer(const std::string& what, int) {
+    std::fprintf(stderr, "bench_sad: built without libavutil, FFmpeg peer %s skipped\n", what.c_str());
+}
+#endif
 
 // One candidate-row call with eight candidates against eight single-block
 // calls at offsets 0..7, for one block size.
@@ -192,26 +299,33 @@ void add_row_against_singles(const std::string& size, RowFn row, OneFn one) {
     });
 }
 
+// A candidate row of kCandidates through the export: with an aligned result
+// array (the wrapper takes the aligned kernel for pRef & 15) and with an odd
+// one (the kernel for any alignment).
+template <class RowFn>
+void add_rows(const std::string& what, RowFn row) {
+    add_export(what, [=](Inputs& in) {
+        return row(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan16u>(), kCandidates);
+    });
+    add_export(what + ":any", [=](Inputs& in) {
+        return row(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan16u>(2), kCandidates);
+    });
+}
+
 void add_exports() {
-    add_export("zaniSAD16x16_8u32s", [](Inputs& in) {
-        return zaniSAD16x16_8u32s(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>(), 0);
-    });
-    add_export("zaniSAD16x16_8u32s:HH", [](Inputs& in) {
-        return zaniSAD16x16_8u32s(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>(), 12);
-    });
-    add_export("zaniSAD16x8_8u32s_C1R", [](Inputs& in) {
-        return zaniSAD16x8_8u32s_C1R(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>(), 0);
-    });
-    add_export("zaniSAD8x8_8u32s_C1R", [](Inputs& in) {
-        return zaniSAD8x8_8u32s_C1R(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>(), 0);
-    });
-    add_export("zaniSAD4x4_8u32s", [](Inputs& in) {
-        return zaniSAD4x4_8u32s(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>());
-    });
-    add_export("zaniSAD16x16_16u32s_C1R", [](Inputs& in) {
-        return zaniSAD16x16_16u32s_C1R(in.cur.as<Zan16u>(), kStep, reinterpret_cast<const Zan16u*>(in.refAt(2)),
-                                       kStep, in.out.as<Zan32s>(), 0);
-    });
+    add_sad8("zaniSAD16x16_8u32s", zaniSAD16x16_8u32s, 0, "sad16x16_8u");
+    add_peer("zaniSAD16x16_8u32s", 4);
+    add_sad8("zaniSAD16x16_8u32s:HH", zaniSAD16x16_8u32s, 12, "sad16x16_8u_HH");
+    add_sad8("zaniSAD16x8_8u32s_C1R", zaniSAD16x8_8u32s_C1R, 0, "sad16x8_8u");
+    add_sad8("zaniSAD8x8_8u32s_C1R", zaniSAD8x8_8u32s_C1R, 0, "sad8x8_8u");
+    add_peer("zaniSAD8x8_8u32s_C1R", 3);
+    add_sad8("zaniSAD8x16_8u32s_C1R", zaniSAD8x16_8u32s_C1R, -1, "sad8x16_8u");
+    add_sad8("zaniSAD8x4_8u32s_C1R", zaniSAD8x4_8u32s_C1R, -1, "sad8x4_8u");
+    add_sad8("zaniSAD4x8_8u32s_C1R", zaniSAD4x8_8u32s_C1R, -1, "sad4x8_8u");
+    add_sad8("zaniSAD4x4_8u32s", zaniSAD4x4_8u32s, -1, "sad4x4_8u");
+    add_sad16("zaniSAD16x16_16u32s_C1R", zaniSAD16x16_16u32s_C1R, "sad16x16_16u");
+    add_sad16("zaniSAD8x8_16u32s_C1R", zaniSAD8x8_16u32s_C1R, "sad8x8_16u");
+    add_sad16("zaniSAD4x4_16u32s_C1R", zaniSAD4x4_16u32s_C1R, "sad4x4_16u");
     add_export("zaniSAD8x8_8u32s_C2R", [](Inputs& in) {
         Zan32s* o = in.out.as<Zan32s>();
         return zaniSAD8x8_8u32s_C2R(in.cur.data(), kStep, in.refAt(1), kStep, o, o + 1, 0);
@@ -219,9 +333,9 @@ void add_exports() {
     add_export("zaniSAD16x16Blocks4x4_8u16u", [](Inputs& in) {
         return zaniSAD16x16Blocks4x4_8u16u(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan16u>());
     });
-    add_export("zaniSAD16x16xN_8u16u_C1R", [](Inputs& in) {
-        return zaniSAD16x16xN_8u16u_C1R(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan16u>(), kCandidates);
-    });
+    add_rows("zaniSAD16x16xN_8u16u_C1R", zaniSAD16x16xN_8u16u_C1R);
+    add_rows("zaniSAD8x8xN_8u16u_C1R", zaniSAD8x8xN_8u16u_C1R);
+    add_rows("zaniSAD4x4xN_8u16u_C1R", zaniSAD4x4xN_8u16u_C1R);
     add_export("zaniSAD16x16xNI_8u16u_C1R", [](Inputs& in) {
         Zan32s* index = in.out.as<Zan32s>(512);
         return zaniSAD16x16xNI_8u16u_C1R(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan16u>(), kCandidates,

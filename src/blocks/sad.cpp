@@ -5,6 +5,9 @@
 // 2 HF (half sample right), 3 HH (both).  Rounding is always upward and HH is
 // one exact sum of four samples with one shift.  Only the reference is
 // interpolated.
+#include <cstddef>
+#include <cstdint>
+
 #include "blocks/sad.h"
 #include "common/scalar.h"
 #include "common/simd.h"
@@ -71,17 +74,18 @@ Zan32s sad16_rule(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
 }
 
 template <int P>
-void c2_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Zan32s* pV) {
+ZanStatus c2_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Zan32s* pV) {
     Zan32s sum[2] = {0, 0};
     for (Zan32s y = 0; y < 8; ++y)
         for (Zan32s x = 0; x < 16; ++x) sum[x & 1] += absdiff(at(c, cs, x, y), ref8<P, 2>(r, rs, x, y));
     *pU = sum[0];
     *pV = sum[1];
+    return zanStsOk;
 }
 
 // B x B sub-blocks of a 16x16 block, results in raster order.
 template <int B>
-void blocks8_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
+ZanStatus blocks8_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
     constexpr int n = 16 / B;
     for (int by = 0; by < n; ++by)
         for (int bx = 0; bx < n; ++bx) {
@@ -90,12 +94,13 @@ void blocks8_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* 
                 for (int x = bx * B; x < bx * B + B; ++x) sum += absdiff(at(c, cs, x, y), at(r, rs, x, y));
             pResult[by * n + bx] = static_cast<Zan16u>(sum);
         }
+    return zanStsOk;
 }
 
 // The difference is taken modulo 65536 as a signed 16-bit value; its
 // magnitude (up to 32768) is added.
 template <int B>
-void blocks16_rule(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
+ZanStatus blocks16_rule(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
     constexpr int n = 16 / B;
     for (int by = 0; by < n; ++by)
         for (int bx = 0; bx < n; ++bx) {
@@ -107,11 +112,13 @@ void blocks16_rule(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32
                 }
             pResult[by * n + bx] = sum;
         }
+    return zanStsOk;
 }
 
 // ========================================================== vector kernels
 
 using simd::load16;
+using simd::load16a;
 using simd::load4;
 using simd::load8;
 using simd::row;
@@ -142,13 +149,148 @@ inline __m128i ref_vec(const Zan8u* r, Zan32s rs, Zan32s y) {
     return a;
 }
 
+// Single blocks of 8-bit samples.  Rows go four at a time, at p, p + s,
+// p + 2s and p + 3s with 3s computed once, and each of the four feeds its own
+// partial sum, so that no add waits for the one before.
+
+// The interpolated reference row of 16 at p (dx: distance to the horizontal
+// neighbour).
+template <int P, int dx = 1>
+inline __m128i ref_row16(const Zan8u* p, ptrdiff_t rs) {
+    __m128i a = load16(p);
+    if constexpr (P == kFH) return _mm_avg_epu8(a, load16(p + rs));
+    if constexpr (P == kHF) return _mm_avg_epu8(a, load16(p + dx));
+    if constexpr (P == kHH) return simd::avg4_u8(a, load16(p + dx), load16(p + rs), load16(p + rs + dx));
+    return a;
+}
+
+// Rows of 8 at p0 and p1 side by side (movq, movhps).
+inline __m128i load8x2(const Zan8u* p0, const Zan8u* p1) {
+    return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(load8(p0)), reinterpret_cast<const double*>(p1)));
+}
+
+// The interpolated reference rows of 8 at p0 and p1, side by side.
+template <int P>
+inline __m128i ref_rows8(const Zan8u* p0, const Zan8u* p1, ptrdiff_t rs) {
+    __m128i a = load8x2(p0, p1);
+    if constexpr (P == kFH) return _mm_avg_epu8(a, load8x2(p0 + rs, p1 + rs));
+    if constexpr (P == kHF) return _mm_avg_epu8(a, load8x2(p0 + 1, p1 + 1));
+    if constexpr (P == kHH)
+        return simd::avg4_u8(a, load8x2(p0 + 1, p1 + 1), load8x2(p0 + rs, p1 + rs), load8x2(p0 + rs + 1, p1 + rs + 1));
+    return a;
+}
+
+// Rows of 4 at p0 and p1 side by side in the low half; the high half is zero
+// on both sides of psadbw and adds nothing.
+inline __m128i load4x2(const Zan8u* p0, const Zan8u* p1) { return _mm_unpacklo_epi32(load4(p0), load4(p1)); }
+
+// Sum of the two 64-bit halves of psadbw sums (pshufd instead of a copy and
+// punpckhqdq).
+inline Zan32s sum_halves(__m128i v) {
+    return _mm_cvtsi128_si32(_mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(3, 2, 3, 2))));
+}
+
+// The partial sums as they stand after a group of rows.  The empty asm stops
+// the compiler from re-associating the adds of the whole block into one tree
+// whose leaves (every psadbw result) are all live at once, which runs out of
+// registers and spills when the current rows are loaded separately.
+template <class... V>
+inline void keep_sums(V&... v) {
+    (..., [](__m128i& x) { asm("" : "+x"(x)); }(v));
+}
+
+// 16 wide.  CurAligned: pCur and curStep are multiples of 16, and the current
+// rows are loaded aligned, as psadbw memory operands.
+template <int H, int P, bool CurAligned>
+inline Zan32s sad_w16(const Zan8u* c, ptrdiff_t cs, const Zan8u* r, ptrdiff_t rs) {
+    const ptrdiff_t cs3 = 3 * cs, rs3 = 3 * rs;
+    auto cur = [](const Zan8u* p) {
+        if constexpr (CurAligned) return load16a(p);
+        else return load16(p);
+    };
+    __m128i s0 = _mm_setzero_si128(), s1 = s0, s2 = s0, s3 = s0;
+    for (int y = 0; y < H; y += 4) {
+        s0 = _mm_add_epi32(s0, _mm_sad_epu8(ref_row16<P>(r, rs), cur(c)));
+        s1 = _mm_add_epi32(s1, _mm_sad_epu8(ref_row16<P>(r + rs, rs), cur(c + cs)));
+        s2 = _mm_add_epi32(s2, _mm_sad_epu8(ref_row16<P>(r + 2 * rs, rs), cur(c + 2 * cs)));
+        s3 = _mm_add_epi32(s3, _mm_sad_epu8(ref_row16<P>(r + rs3, rs), cur(c + cs3)));
+        keep_sums(s0, s1, s2, s3);
+        c += 4 * cs;
+        r += 4 * rs;
+    }
+    return sum_halves(_mm_add_epi32(_mm_add_epi32(s0, s1), _mm_add_epi32(s2, s3)));
+}
+
+// 8 wide: two rows per register.
+template <int H, int P>
+inline Zan32s sad_w8(const Zan8u* c, ptrdiff_t cs, const Zan8u* r, ptrdiff_t rs) {
+    const ptrdiff_t cs3 = 3 * cs, rs3 = 3 * rs;
+    __m128i s0 = _mm_setzero_si128(), s1 = s0;
+    for (int y = 0; y < H; y += 4) {
+        s0 = _mm_add_epi32(s0, _mm_sad_epu8(ref_rows8<P>(r, r + rs, rs), load8x2(c, c + cs)));
+        s1 = _mm_add_epi32(s1, _mm_sad_epu8(ref_rows8<P>(r + 2 * rs, r + rs3, rs), load8x2(c + 2 * cs, c + cs3)));
+        keep_sums(s0, s1);
+        c += 4 * cs;
+        r += 4 * rs;
+    }
+    return sum_halves(_mm_add_epi32(s0, s1));
+}
+
+// 4 wide (full-sample position only): two rows in the low half of a register.
+template <int H>
+inline Zan32s sad_w4(const Zan8u* c, ptrdiff_t cs, const Zan8u* r, ptrdiff_t rs) {
+    const ptrdiff_t cs3 = 3 * cs, rs3 = 3 * rs;
+    __m128i s0 = _mm_setzero_si128(), s1 = s0;
+    for (int y = 0; y < H; y += 4) {
+        s0 = _mm_add_epi32(s0, _mm_sad_epu8(load4x2(r, r + rs), load4x2(c, c + cs)));
+        s1 = _mm_add_epi32(s1, _mm_sad_epu8(load4x2(r + 2 * rs, r + rs3), load4x2(c + 2 * cs, c + cs3)));
+        keep_sums(s0, s1);
+        c += 4 * cs;
+        r += 4 * rs;
+    }
+    return _mm_cvtsi128_si32(_mm_add_epi32(s0, s1));
+}
+
 template <int W, int H, int P>
-Zan32s sad8_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs) {
-    constexpr int rows = 16 / W;
-    __m128i acc = _mm_setzero_si128();
-    for (Zan32s y = 0; y < H; y += rows)
-        acc = _mm_add_epi32(acc, _mm_sad_epu8(gather<W>(c, cs, y), ref_vec<W, P>(r, rs, y)));
-    return simd::hsum_sad(acc);
+inline __attribute__((always_inline)) Zan32s sad8_core(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs) {
+    static_assert(H % 4 == 0 && (W == 16 || W == 8 || (W == 4 && P == kPlain)));
+    if constexpr (W == 16) {
+        // Two tests in place, rather than an OR into a scratch register that
+        // the compiler has to free first.
+        if ((reinterpret_cast<uintptr_t>(c) & 15) == 0) {
+            asm volatile("");
+            if ((cs & 15) == 0) return sad_w16<H, P, true>(c, cs, r, rs);
+        }
+        return sad_w16<H, P, false>(c, cs, r, rs);
+    } else if constexpr (W == 8) {
+        return sad_w8<H, P>(c, cs, r, rs);
+    } else {
+        return sad_w4<H>(c, cs, r, rs);
+    }
+}
+
+// Row addresses p + s, p + 2s, p + 3s as addressing modes.  By default the
+// compiler rewrites them into a chain of one pointer add per row (straight-
+// line strength reduction), 32 adds in a 16x16 block; without that rewrite a
+// group of four rows costs two leas.
+// (GCC only; clang has no such rewrite to turn off.)
+#if defined(__clang__)
+#define ZAN_ROW_ADDRESSING
+#else
+#define ZAN_ROW_ADDRESSING __attribute__((optimize("no-tree-slsr")))
+#endif
+
+// The catalogue form: returns the SAD.
+template <int W, int H, int P>
+ZAN_ROW_ADDRESSING Zan32s sad8_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs) {
+    return sad8_core<W, H, P>(c, cs, r, rs);
+}
+
+// The form the exported bodies jump to: the same code, the SAD to *pResult.
+template <int W, int H, int P>
+ZAN_ROW_ADDRESSING ZanStatus sad8_out(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pResult) {
+    *pResult = sad8_core<W, H, P>(c, cs, r, rs);
+    return zanStsOk;
 }
 
 // Eight 16-bit samples at sample x of row y (W >= 8), or two rows of four.
@@ -177,7 +319,7 @@ inline __m128i ref16_vec(const Zan16u* r, Zan32s rs, Zan32s x, Zan32s y) {
 }
 
 template <int W, int H, int P>
-Zan32s sad16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
+inline __attribute__((always_inline)) Zan32s sad16_core(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
     constexpr int rows = W >= 8 ? 1 : 2;
     const __m128i ones = _mm_set1_epi16(1);
     __m128i acc = _mm_setzero_si128();
@@ -189,11 +331,22 @@ Zan32s sad16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
     return simd::hsum_epi32(acc);
 }
 
+template <int W, int H, int P>
+Zan32s sad16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs) {
+    return sad16_core<W, H, P>(c, cs, r, rs);
+}
+
+template <int W, int H, int P>
+ZanStatus sad16_out(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32s* pResult) {
+    *pResult = sad16_core<W, H, P>(c, cs, r, rs);
+    return zanStsOk;
+}
+
 // Even bytes to the low half, odd bytes to the high half.
 alignas(16) constexpr Zan8u kSplitChannels[16] = {0, 2, 4, 6, 8, 10, 12, 14, 1, 3, 5, 7, 9, 11, 13, 15};
 
 template <int P>
-void c2_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Zan32s* pV) {
+ZanStatus c2_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Zan32s* pV) {
     const __m128i split = simd::load16a(kSplitChannels);
     __m128i acc = _mm_setzero_si128();
     for (Zan32s y = 0; y < 8; ++y) {
@@ -203,9 +356,10 @@ void c2_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan32s* pU, Z
     }
     *pU = _mm_cvtsi128_si32(acc);
     *pV = _mm_cvtsi128_si32(_mm_unpackhi_epi64(acc, acc));
+    return zanStsOk;
 }
 
-void blocks8x8_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
+ZanStatus blocks8x8_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
     for (int half = 0; half < 2; ++half) {
         __m128i acc = _mm_setzero_si128();
         for (Zan32s y = 8 * half; y < 8 * half + 8; ++y)
@@ -213,10 +367,11 @@ void blocks8x8_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan
         pResult[2 * half] = static_cast<Zan16u>(_mm_cvtsi128_si32(acc));
         pResult[2 * half + 1] = static_cast<Zan16u>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(acc, acc)));
     }
+    return zanStsOk;
 }
 
 // Columns 0-3 and 8-11 summed by one psadbw, 4-7 and 12-15 by another.
-void blocks4x4_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
+ZanStatus blocks4x4_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult) {
     const __m128i even = _mm_set_epi32(0, -1, 0, -1);
     const __m128i zero = _mm_setzero_si128();
     for (int by = 0; by < 4; ++by) {
@@ -232,6 +387,7 @@ void blocks4x4_8u_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan
         v = _mm_packs_epi32(v, v);
         simd::store8(pResult + 4 * by, v);
     }
+    return zanStsOk;
 }
 
 // Magnitudes of the wrapped 16-bit differences (0..32768), less 16384 so
@@ -243,7 +399,7 @@ inline __m128i biased_absdiff_wrap16(const Zan16u* c, Zan32s cs, const Zan16u* r
 }
 
 template <int B>
-void blocks16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
+ZanStatus blocks16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32u* pResult) {
     constexpr int n = 16 / B;
     constexpr Zan32s offset = 16384 * B * B;
     for (int by = 0; by < n; ++by) {
@@ -262,6 +418,7 @@ void blocks16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32
             }
         }
     }
+    return zanStsOk;
 }
 
 // ================================================================= tables
@@ -269,12 +426,12 @@ void blocks16_simd(const Zan16u* c, Zan32s cs, const Zan16u* r, Zan32s rs, Zan32
 #define ZAN_POSITIONS(kernel, ...) \
     {kernel<__VA_ARGS__, kPlain>, kernel<__VA_ARGS__, kFH>, kernel<__VA_ARGS__, kHF>, kernel<__VA_ARGS__, kHH>}
 
-constexpr Sad8Fn kSad16x16[4] = ZAN_POSITIONS(sad8_simd, 16, 16);
-constexpr Sad8Fn kSad16x8[4] = ZAN_POSITIONS(sad8_simd, 16, 8);
-constexpr Sad8Fn kSad8x8[4] = ZAN_POSITIONS(sad8_simd, 8, 8);
-constexpr Sad16Fn kSad16x16_16u[4] = ZAN_POSITIONS(sad16_simd, 16, 16);
-constexpr Sad16Fn kSad8x8_16u[4] = ZAN_POSITIONS(sad16_simd, 8, 8);
-constexpr Sad16Fn kSad4x4_16u[4] = ZAN_POSITIONS(sad16_simd, 4, 4);
+constexpr Sad8OutFn kSad16x16[4] = ZAN_POSITIONS(sad8_out, 16, 16);
+constexpr Sad8OutFn kSad16x8[4] = ZAN_POSITIONS(sad8_out, 16, 8);
+constexpr Sad8OutFn kSad8x8[4] = ZAN_POSITIONS(sad8_out, 8, 8);
+constexpr Sad16OutFn kSad16x16_16u[4] = ZAN_POSITIONS(sad16_out, 16, 16);
+constexpr Sad16OutFn kSad8x8_16u[4] = ZAN_POSITIONS(sad16_out, 8, 8);
+constexpr Sad16OutFn kSad4x4_16u[4] = ZAN_POSITIONS(sad16_out, 4, 4);
 constexpr SadC2Fn kSad8x8C2[4] = {c2_simd<kPlain>, c2_simd<kFH>, c2_simd<kHF>, c2_simd<kHH>};
 
 #undef ZAN_POSITIONS
@@ -327,13 +484,15 @@ const BlockKernels block_kernels = {kSad8Pairs, kSad16Pairs, kPairPairs, kBlocks
 
 namespace zan::ZAN_PATH {
 
+// The bodies check their pointers and end in a jump to the kernel, which
+// writes the result and returns zanStsOk.
+//
 // mcType >> 2 indexes the position table unchecked: 0..15 is the caller's promise.
-#define ZAN_SAD_POSITION(name, T, table)                                                     \
+#define ZAN_SAD_POSITION(name, T, table)                                                          \
     ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, Zan32s* pResult, \
-                   Zan32s mcType) {                                                          \
-        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                \
-        *pResult = sad::table[mcType >> 2](pCur, curStep, pRef, refStep);                    \
-        return zanStsOk;                                                                     \
+                   Zan32s mcType) {                                                               \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                            \
+        return sad::table[mcType >> 2](pCur, curStep, pRef, refStep, pResult);                    \
     }
 ZAN_SAD_POSITION(zaniSAD16x16_8u32s, Zan8u, kSad16x16)
 ZAN_SAD_POSITION(zaniSAD16x8_8u32s_C1R, Zan8u, kSad16x8)
@@ -343,11 +502,14 @@ ZAN_SAD_POSITION(zaniSAD8x8_16u32s_C1R, Zan16u, kSad8x8_16u)
 ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u)
 #undef ZAN_SAD_POSITION
 
-#define ZAN_SAD_PLAIN(name, W, H)                                                                \
-    ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan32s* pResult) { \
-        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                    \
-        *pResult = sad::sad8_simd<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);              \
-        return zanStsOk;                                                                         \
+// The four forms without mcType carry their kernel inline (built with the
+// kernels' own options, so that it can be inlined): checks, then the block.
+#define ZAN_SAD_PLAIN(name, W, H)                                                                           \
+    ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, \
+                                      Zan32s* pResult) {                                                    \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                      \
+        *pResult = sad::sad8_core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                         \
+        return zanStsOk;                                                                                    \
     }
 ZAN_SAD_PLAIN(zaniSAD8x16_8u32s_C1R, 8, 16)
 ZAN_SAD_PLAIN(zaniSAD8x4_8u32s_C1R, 8, 4)
@@ -357,17 +519,16 @@ ZAN_SAD_PLAIN(zaniSAD4x4_8u32s, 4, 4)
 
 ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
                                Zan32s* pResultU, Zan32s* pResultV, Zan32s mcType) {
-    if (!pCur || !pRef || !pResultU || !pResultV) return zanStsNullPtr;
-    if (curStep < 1 || refStep < 1) return zanStsStepBad;
-    sad::kSad8x8C2[mcType >> 2](pCur, curStep, pRef, refStep, pResultU, pResultV);
-    return zanStsOk;
+    ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResultU); ZAN_SAD_NULL(pResultV);
+    if (curStep < 1 || refStep < 1) [[unlikely]]
+        return zanStsStepBad;
+    return sad::kSad8x8C2[mcType >> 2](pCur, curStep, pRef, refStep, pResultU, pResultV);
 }
 
-#define ZAN_SAD_BLOCKS(name, T, R, kernel)                                                    \
+#define ZAN_SAD_BLOCKS(name, T, R, kernel)                                                     \
     ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, R* pResult) { \
-        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                 \
-        sad::kernel(pCur, curStep, pRef, refStep, pResult);                                   \
-        return zanStsOk;                                                                      \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                         \
+        return sad::kernel(pCur, curStep, pRef, refStep, pResult);                             \
     }
 ZAN_SAD_BLOCKS(zaniSAD16x16Blocks8x8_8u16u, Zan8u, Zan16u, blocks8x8_8u_simd)
 ZAN_SAD_BLOCKS(zaniSAD16x16Blocks4x4_8u16u, Zan8u, Zan16u, blocks4x4_8u_simd)

@@ -22,13 +22,14 @@ using scalar::at;
 // ============================================================ scalar rules
 
 template <int B>
-void cand_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
+ZanStatus cand_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
     for (Zan32s i = 0; i < count; ++i) {
         Zan32s sum = 0;
         for (Zan32s y = 0; y < B; ++y)
             for (Zan32s x = 0; x < B; ++x) sum += absdiff(at(c, cs, x, y), at(r, rs, x + i, y));
         pResult[i] = static_cast<Zan16u>(sum);
     }
+    return zanStsOk;
 }
 
 // The first index of the smallest result.
@@ -95,12 +96,26 @@ inline __m128i pack_sads(const __m128i (&acc)[8]) {
 
 // The current block, loaded once per kernel call in the layout that its
 // size's pass compares against; a 16x16 block is read row by row per pass.
+// The eight sums as they stand after a row pair.  The empty asm keeps the
+// compiler from hoisting the loads of later rows above these adds, which
+// leaves more values live than there are registers and spills them.
+inline void keep_sums(__m128i (&acc)[8]) {
+    asm("" : "+x"(acc[0]), "+x"(acc[1]), "+x"(acc[2]), "+x"(acc[3]));
+    asm("" : "+x"(acc[4]), "+x"(acc[5]), "+x"(acc[6]), "+x"(acc[7]));
+}
+
+// Rows of 8 at p0 and p1 side by side (movq, movhps).
+inline __m128i load8x2(const Zan8u* p0, const Zan8u* p1) {
+    return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(load8(p0)), reinterpret_cast<const double*>(p1)));
+}
+
 template <int B>
 struct Current {
     __m128i v[4];
+    __m128i w[4];  // 8x8: rows 2j and 2j + 1 side by side, for the any-alignment kernel
     const Zan8u* p;
     Zan32s step;
-    Current(const Zan8u* c, Zan32s cs) : v(), p(c), step(cs) {
+    __attribute__((always_inline)) Current(const Zan8u* c, Zan32s cs) : v(), w(), p(c), step(cs) {
         if constexpr (B == 2) {
             // Column x as one 16-bit word (row 0 low byte, row 1 high byte),
             // in every lane.
@@ -112,8 +127,10 @@ struct Current {
                                       _mm_unpacklo_epi8(load4(row(c, cs, 2)), load4(row(c, cs, 3))));
         } else if constexpr (B == 8) {
             // Row pairs (2j, 2j + 1), columns 0..7, each column as two bytes.
-            for (int j = 0; j < 4; ++j)
+            for (int j = 0; j < 4; ++j) {
                 v[j] = _mm_unpacklo_epi8(load8(row(c, cs, 2 * j)), load8(row(c, cs, 2 * j + 1)));
+                w[j] = load8x2(row(c, cs, 2 * j), row(c, cs, 2 * j + 1));
+            }
         }
     }
 };
@@ -145,18 +162,16 @@ inline __m128i pass4x4(const Current<4>& cur, RowV rowv) {
     return pack_sads(acc);
 }
 
-// 8x8, any alignment: candidate k of rows 2j and 2j + 1 as two 8-byte loads,
-// interleaved like the current row pair.
+// 8x8, any alignment: candidate k of rows 2j and 2j + 1 as one movq and one
+// movhps, against the current row pair laid out the same way.
 inline __m128i pass8x8(const Current<8>& cur, const Zan8u* r, Zan32s rs) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
     for (int j = 0; j < 4; ++j) {
         const Zan8u* p0 = row(r, rs, 2 * j);
         const Zan8u* p1 = row(r, rs, 2 * j + 1);
-        unroll<8>([&](auto k) {
-            __m128i x = _mm_unpacklo_epi8(load8(p0 + k), load8(p1 + k));
-            acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(x, cur.v[j]));
-        });
+        unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(load8x2(p0 + k, p1 + k), cur.w[j])); });
+        keep_sums(acc);
     }
     return pack_sads(acc);
 }
@@ -175,6 +190,7 @@ inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
             __m128i x = cat<2 * decltype(k)::value, true>(lo, hi);
             acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(x, cur.v[j]));
         });
+        keep_sums(acc);
     }
     return pack_sads(acc);
 }
@@ -186,6 +202,7 @@ template <class Cands>
 inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
+#pragma GCC unroll 4
     for (Zan32s y = 0; y < 16; ++y) {
         __m128i c = load16(row(cur.p, cur.step, y));
         auto candidate = cands(y);
@@ -255,16 +272,17 @@ inline __m128i pass_a(const Current<B>& cur, const Zan8u* base, Zan32s rs) {
 
 // Any alignment of pRef, refStep and pResult.
 template <int B>
-void sad_xn_sse2(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
+ZanStatus sad_xn_sse2(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
     const Current<B> cur(c, cs);
     for (Zan32s i = 0; i < count; i += 8) simd::store16(pResult + i, pass_u<B>(cur, r + i, rs));
+    return zanStsOk;
 }
 
 // pRef & 15 == S, refStep and pResult multiples of 16.  Passes alternate
 // between phase S and phase (S + 8) & 15; the aligned base moves on by 16
 // bytes every two passes.
 template <int B, int S>
-void sad_xn_a_ssse3(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
+ZanStatus sad_xn_a_ssse3(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u* pResult, Zan32s count) {
     constexpr int S2 = (S + 8) & 15;
     constexpr int next = S2 < S ? 16 : 0;  // the second pass's base, from the first's
     const Current<B> cur(c, cs);
@@ -274,6 +292,7 @@ void sad_xn_a_ssse3(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16u
         if (i + 8 < count)
             _mm_store_si128(reinterpret_cast<__m128i*>(pResult + i + 8), pass_a<B, S2>(cur, base + next, rs));
     }
+    return zanStsOk;
 }
 
 constexpr CandFn sad_2x2xn_8u_sse2 = sad_xn_sse2<2>;
@@ -401,38 +420,39 @@ namespace zan::ZAN_PATH {
 // The 2x2 form has one kernel, for any alignment.
 ZanStatus zaniSAD2x2xN_8u16u_C1R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
                                  Zan16u* pResult, Zan32s numCand) {
-    if (!pCur || !pRef || !pResult) return zanStsNullPtr;
+    ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);
     Zan32s count = numCand & ~7;
-    if (count < 8) return zanStsSizeBad;
-    sad::sad_2x2xn_8u_sse2(pCur, curStep, pRef, refStep, pResult, count);
-    return zanStsOk;
+    if (count < 8) [[unlikely]]
+        return zanStsSizeBad;
+    return sad::sad_2x2xn_8u_sse2(pCur, curStep, pRef, refStep, pResult, count);
 }
 
-#define ZAN_SAD_XN(name, B)                                                                                 \
+#define ZAN_SAD_XN(name, B)                                                                                \
     ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,  \
-                   Zan32s numCand) {                                                                        \
-        if (!pCur || !pRef || !pResult) return zanStsNullPtr;                                               \
-        Zan32s count = numCand & ~7;                                                                        \
-        if (count < 8) return zanStsSizeBad;                                                                \
-        sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, refStep, \
-                       pResult)(pCur, curStep, pRef, refStep, pResult, count);                              \
-        return zanStsOk;                                                                                    \
+                   Zan32s numCand) {                                                                       \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                     \
+        Zan32s count = numCand & ~7;                                                                       \
+        if (count < 8) [[unlikely]]                                                                        \
+            return zanStsSizeBad;                                                                          \
+        return sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, \
+                              refStep, pResult)(pCur, curStep, pRef, refStep, pResult, count);             \
     }
 ZAN_SAD_XN(zaniSAD4x4xN_8u16u_C1R, 4)
 ZAN_SAD_XN(zaniSAD8x8xN_8u16u_C1R, 8)
 ZAN_SAD_XN(zaniSAD16x16xN_8u16u_C1R, 16)
 #undef ZAN_SAD_XN
 
-#define ZAN_SAD_XNI(name, B, find_min)                                                                      \
-    ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,  \
-                   Zan32s numCand, Zan32s* pMinIndex) {                                                     \
-        if (!pCur || !pRef || !pResult || !pMinIndex) return zanStsNullPtr;                                 \
-        Zan32s count = numCand & ~7;                                                                        \
-        if (count < 8) return zanStsSizeBad;                                                                \
+#define ZAN_SAD_XNI(name, B, find_min)                                                                       \
+    ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, Zan16u* pResult,    \
+                   Zan32s numCand, Zan32s* pMinIndex) {                                                      \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult); ZAN_SAD_NULL(pMinIndex);              \
+        Zan32s count = numCand & ~7;                                                                         \
+        if (count < 8) [[unlikely]]                                                                          \
+            return zanStsSizeBad;                                                                            \
         sad::pick_cand(sad::sad_##B##x##B##xn_8u_table_ssse3, sad::sad_##B##x##B##xn_8u_sse2, pRef, refStep, \
-                       pResult)(pCur, curStep, pRef, refStep, pResult, count);                              \
-        *pMinIndex = sad::find_min(pResult, count);                                                         \
-        return zanStsOk;                                                                                    \
+                       pResult)(pCur, curStep, pRef, refStep, pResult, count);                               \
+        *pMinIndex = sad::find_min(pResult, count);                                                          \
+        return zanStsOk;                                                                                     \
     }
 ZAN_SAD_XNI(zaniSAD4x4xNI_8u16u_C1R, 4, find_min_sad_16u_sse2)
 ZAN_SAD_XNI(zaniSAD8x8xNI_8u16u_C1R, 8, find_min_sad_16u_sse2)

@@ -31,7 +31,7 @@ Zan32s sub_rule(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16s* pD
 // are not compared, so both sums have 14 pairs); (i, i+2) for i = 0..13 the
 // field sum.  Both keep the low 16 bits.
 template <class T>
-void field_rule(const T* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
+ZanStatus field_rule(const T* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
     Zan32u frame = 0, field = 0;
     auto diff = [](Zan32s a, Zan32s b) -> Zan32u {
         if constexpr (sizeof(T) == 1) {
@@ -51,6 +51,7 @@ void field_rule(const T* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
         for (Zan32s x = 0; x < 16; ++x) field += diff(at(s, step, x, i), at(s, step, x, i + 2));
     *pFrame = static_cast<Zan32s>(frame & 0xFFFF);
     *pField = static_cast<Zan32s>(field & 0xFFFF);
+    return zanStsOk;
 }
 
 // ========================================================== vector kernels
@@ -63,7 +64,8 @@ using simd::row;
 // to 16 bits give the differences.  Aligned stores when pDiff and diffStep
 // are multiples of 16.
 template <bool AlignedDiff>
-Zan32s sub_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16s* pDiff, Zan32s ds) {
+inline __attribute__((always_inline)) Zan32s sub_core(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs,
+                                                      Zan16s* pDiff, Zan32s ds) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc = zero;
     for (Zan32s y = 0; y < 8; y += 2) {
@@ -85,11 +87,25 @@ Zan32s sub_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16s* pD
     return simd::hsum_sad(acc);
 }
 
+// The catalogue form returns the SAD; the form the exported body jumps to
+// stores it where pResult points, if pResult is not null.
+template <bool AlignedDiff>
+Zan32s sub_simd(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16s* pDiff, Zan32s ds) {
+    return sub_core<AlignedDiff>(c, cs, r, rs, pDiff, ds);
+}
+
+template <bool AlignedDiff>
+ZanStatus sub_out(const Zan8u* c, Zan32s cs, const Zan8u* r, Zan32s rs, Zan16s* pDiff, Zan32s ds, Zan32s* pResult) {
+    Zan32s sum = sub_core<AlignedDiff>(c, cs, r, rs, pDiff, ds);
+    if (pResult) *pResult = sum;
+    return zanStsOk;
+}
+
 // 8-bit samples: psadbw of two rows adds their absolute differences into
 // 16-bit lanes 0 and 4, where they accumulate.  Each sum is at most
 // 14 * 16 * 255 = 57120, so the low 16 bits are all of it.  Rows stream
 // through: prev1 and prev2 are the one and two rows above.
-void field8_simd(const Zan8u* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
+ZanStatus field8_simd(const Zan8u* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
     __m128i prev2 = load16(row(s, step, 0)), prev1 = load16(row(s, step, 1));
     __m128i frame = _mm_sad_epu8(prev2, prev1), field = _mm_setzero_si128();
     for (Zan32s i = 2; i < 16; ++i) {
@@ -101,6 +117,7 @@ void field8_simd(const Zan8u* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
     }
     *pFrame = simd::hsum_sad(frame) & 0xFFFF;
     *pField = simd::hsum_sad(field) & 0xFFFF;
+    return zanStsOk;
 }
 
 // 16-bit samples: |a - b| is the signed larger of the wrapping a - b and
@@ -114,7 +131,7 @@ inline Zan32s hsum_low16(__m128i v) {
     return simd::hsum_epi32(_mm_madd_epi16(v, _mm_set1_epi16(1))) & 0xFFFF;
 }
 
-void field16_simd(const Zan16s* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
+ZanStatus field16_simd(const Zan16s* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) {
     __m128i frame = _mm_setzero_si128(), field = frame;
     __m128i prev2[2], prev1[2];
     for (int h = 0; h < 2; ++h) {
@@ -132,12 +149,14 @@ void field16_simd(const Zan16s* s, Zan32s step, Zan32s* pFrame, Zan32s* pField) 
         }
     *pFrame = hsum_low16(frame);
     *pField = hsum_low16(field);
+    return zanStsOk;
 }
 
 // ================================================================= tables
 
 // The difference block by whether pDiff and diffStep are multiples of 16.
-constexpr SubFn kSub[2] = {sub_simd<false>, sub_simd<true>};
+using SubOutFn = ZanStatus (*)(const Zan8u*, Zan32s, const Zan8u*, Zan32s, Zan16s*, Zan32s, Zan32s*);
+constexpr SubOutFn kSub[2] = {sub_out<false>, sub_out<true>};
 
 // ============================================================= catalogue
 // param of sub: 16 for the kernel that needs pDiff and diffStep multiples of
@@ -165,25 +184,21 @@ namespace zan::ZAN_PATH {
 // pResult is not checked: a null pResult leaves only the difference block.
 ZanStatus zaniSubSAD8x8_8u16s_C1R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
                                   Zan16s* pDiff, Zan32s diffStep, Zan32s* pResult) {
-    if (!pCur || !pRef || !pDiff) return zanStsNullPtr;
+    ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pDiff);
     bool aligned = ((reinterpret_cast<intptr_t>(pDiff) | diffStep) & 15) == 0;
-    Zan32s sum = sad::kSub[aligned](pCur, curStep, pRef, refStep, pDiff, diffStep);
-    if (pResult) *pResult = sum;
-    return zanStsOk;
+    return sad::kSub[aligned](pCur, curStep, pRef, refStep, pDiff, diffStep, pResult);
 }
 
 ZanStatus zaniFrameFieldSAD16x16_8u32s_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan32s* pFrameSAD,
                                            Zan32s* pFieldSAD) {
-    if (!pSrc || !pFrameSAD || !pFieldSAD) return zanStsNullPtr;
-    sad::field8_simd(pSrc, srcStep, pFrameSAD, pFieldSAD);
-    return zanStsOk;
+    ZAN_SAD_NULL(pSrc); ZAN_SAD_NULL(pFrameSAD); ZAN_SAD_NULL(pFieldSAD);
+    return sad::field8_simd(pSrc, srcStep, pFrameSAD, pFieldSAD);
 }
 
 ZanStatus zaniFrameFieldSAD16x16_16s32s_C1R(const Zan16s* pSrc, Zan32s srcStep, Zan32s* pFrameSAD,
                                             Zan32s* pFieldSAD) {
-    if (!pSrc || !pFrameSAD || !pFieldSAD) return zanStsNullPtr;
-    sad::field16_simd(pSrc, srcStep, pFrameSAD, pFieldSAD);
-    return zanStsOk;
+    ZAN_SAD_NULL(pSrc); ZAN_SAD_NULL(pFrameSAD); ZAN_SAD_NULL(pFieldSAD);
+    return sad::field16_simd(pSrc, srcStep, pFrameSAD, pFieldSAD);
 }
 
 }  // namespace zan::ZAN_PATH

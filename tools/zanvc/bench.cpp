@@ -8,6 +8,13 @@
 //   <family>/export/<S>xN_8cand   beside <family>/export/<S>_x8: one
 //                                 candidate-row call against eight
 //                                 single-block calls
+//   <family>/direct/<what>        beside <family>/export/<what>: the same
+//                                 work by a direct call of the active path's
+//                                 kernel; the table shows the export's cost
+//                                 over it
+//   <family>/peer/<what>          beside <family>/export/<what>: the same
+//                                 work by another library's function; the
+//                                 table shows ours / peer
 // Times are CPU time per call, in nanoseconds; with --repetitions=N the
 // median of N runs.
 #include <unistd.h>
@@ -229,7 +236,9 @@ void print_tables(const std::vector<Result>& results, bool markdown) {
         for (const auto& f : families) seen |= f == family;
         if (!seen) families.push_back(family);
         size_t b = r.name.rfind('/');
-        if (b == a || r.name.compare(a + 1, 7, "export/") == 0) continue;
+        if (b == a || r.name.compare(a + 1, 7, "export/") == 0 || r.name.compare(a + 1, 7, "direct/") == 0 ||
+            r.name.compare(a + 1, 5, "peer/") == 0)
+            continue;
         std::string kind = r.name.substr(b + 1);
         if (kind != "rule" && kind != "u8" && kind != "n8") continue;
         Entry e{family, r.name.substr(a + 1, b - a - 1)};
@@ -257,8 +266,17 @@ void print_tables(const std::vector<Result>& results, bool markdown) {
 
         // Exported functions, and the candidate-row comparisons.
         const std::string prefix = family + "/export/";
-        Table exports(family + ": exported functions, path " + active_path() + " (CPU ns per call)",
-                      {"function", "ns"});
+        const std::string directPrefix = family + "/direct/", peerPrefix = family + "/peer/";
+        bool anyDirect = false, anyPeer = false;
+        for (const Result& r : results) {
+            anyDirect |= r.name.compare(0, directPrefix.size(), directPrefix) == 0;
+            anyPeer |= r.name.compare(0, peerPrefix.size(), peerPrefix) == 0;
+        }
+        std::vector<std::string> header = {"function", "ns"};
+        if (anyDirect || anyPeer) {
+            header.insert(header.end(), {"kernel ns", "export - kernel", "peer ns", "ours / peer"});
+        }
+        Table exports(family + ": exported functions, path " + active_path() + " (CPU ns per call)", header);
         Table rows(family + ": one candidate-row call (8 candidates) against 8 single-block calls, path " +
                        active_path() + " (CPU ns)",
                    {"block", "xN, 8 candidates", "8 single calls", "singles / xN"});
@@ -276,9 +294,20 @@ void print_tables(const std::vector<Result>& results, bool markdown) {
                     continue;
                 }
             }
-            exports.row({what, cell(&r)});
+            if (anyDirect || anyPeer) {
+                const Result* direct = find(results, directPrefix + what);
+                const Result* peer = find(results, peerPrefix + what);
+                std::string over = usable(&r) && usable(direct) ? fmt("%+.1f", r.ns - direct->ns) : "-";
+                std::string ratio = usable(&r) && usable(peer) ? fmt("%.2fx", r.ns / peer->ns) : "-";
+                exports.row({what, cell(&r), direct ? cell(direct) : "-", over, peer ? cell(peer) : "-", ratio});
+            } else {
+                exports.row({what, cell(&r)});
+            }
         }
         if (!exports.empty()) exports.print(markdown);
+        if (anyDirect && !anyPeer)
+            std::printf("%s(no peer timings: the benchmark program was built without libavutil)\n",
+                        markdown ? "\n" : "  ");
         if (!rows.empty()) rows.print(markdown);
     }
 }
