@@ -118,10 +118,27 @@ void average_rule(const Zan8u* src, Zan32s srcStep, const Zan8u* e, Zan32s eStep
 
 inline __m128i widen8(const Zan8u* p) { return _mm_unpacklo_epi8(simd::load8(p), _mm_setzero_si128()); }
 
+// The entries 0..27 of a reciprocal table (all that a 3x3 window in three
+// frames indexes) as byte-shuffle tables of their low and high bytes.
+struct RecipBytes {
+    __m128i lo0, lo1, hi0, hi1;
+    explicit RecipBytes(const Zan16u* R) {
+        alignas(16) Zan8u b[4][16] = {};
+        for (int k = 0; k < 28; ++k) {
+            b[k >> 4][k & 15] = static_cast<Zan8u>(R[k] & 255);
+            b[2 + (k >> 4)][k & 15] = static_cast<Zan8u>(R[k] >> 8);
+        }
+        lo0 = _mm_load_si128(reinterpret_cast<const __m128i*>(b[0]));
+        lo1 = _mm_load_si128(reinterpret_cast<const __m128i*>(b[1]));
+        hi0 = _mm_load_si128(reinterpret_cast<const __m128i*>(b[2]));
+        hi1 = _mm_load_si128(reinterpret_cast<const __m128i*>(b[3]));
+    }
+};
+
 // Eight samples of the 3x3 adaptive window at x.
 template <int Mode>
 inline void adaptive8(const Zan8u* const rows[3], Zan32s step, Zan8u* out, Zan32s x, __m128i t,
-                      const Zan16u* R) {
+                      const RecipBytes& R) {
     const __m128i c = widen8(rows[1] + x);
     __m128i Sc = _mm_setzero_si128(), Sp = Sc, Sn = Sc, cp = Sc, cn = Sc;
     for (Zan32s dy = -1; dy <= 1; ++dy)
@@ -155,10 +172,15 @@ inline void adaptive8(const Zan8u* const rows[3], Zan32s step, Zan8u* out, Zan32
     const __m128i none = _mm_cmpeq_epi16(_mm_add_epi16(cp, cn), _mm_setzero_si128());
     sum = _mm_or_si128(_mm_and_si128(none, Sc), _mm_andnot_si128(none, sum));
     idx = _mm_or_si128(_mm_and_si128(none, nine), _mm_andnot_si128(none, idx));
-    alignas(16) Zan16u iv[8], rv[8];
-    _mm_store_si128(reinterpret_cast<__m128i*>(iv), idx);
-    for (int i = 0; i < 8; ++i) rv[i] = R[iv[i]];
-    __m128i res = _mm_mulhi_epu16(sum, _mm_load_si128(reinterpret_cast<const __m128i*>(rv)));
+    // R[idx] for idx in 9..27: byte shuffles of the table's low and high
+    // bytes, entries 0..15 and 16..31 picked by idx >= 16.
+    const __m128i ib = _mm_packus_epi16(idx, idx);
+    const __m128i upper = _mm_cmpgt_epi8(ib, _mm_set1_epi8(15));
+    const __m128i lo = _mm_or_si128(_mm_andnot_si128(upper, _mm_shuffle_epi8(R.lo0, ib)),
+                                    _mm_and_si128(upper, _mm_shuffle_epi8(R.lo1, ib)));
+    const __m128i hi = _mm_or_si128(_mm_andnot_si128(upper, _mm_shuffle_epi8(R.hi0, ib)),
+                                    _mm_and_si128(upper, _mm_shuffle_epi8(R.hi1, ib)));
+    __m128i res = _mm_mulhi_epu16(sum, _mm_unpacklo_epi8(lo, hi));
     simd::store8(out + x, _mm_packus_epi16(res, res));
 }
 
@@ -172,9 +194,10 @@ void adaptive3_simd(const Zan8u* const rows[3], Zan32s step, Zan8u* out, Zan32s 
     // The threshold in the signed 16-bit range: the same test on byte differences.
     const Zan32s t16 = T < -32768 ? -32768 : T > 32767 ? 32767 : T;
     const __m128i t = _mm_set1_epi16(static_cast<short>(t16));
+    const RecipBytes rb(R);
     Zan32s x = 0;
-    for (; x + 8 <= count; x += 8) adaptive8<Mode>(rows, step, out, x, t, R);
-    if (x < count) adaptive8<Mode>(rows, step, out, count - 8, t, R);
+    for (; x + 8 <= count; x += 8) adaptive8<Mode>(rows, step, out, x, t, rb);
+    if (x < count) adaptive8<Mode>(rows, step, out, count - 8, t, rb);
 }
 
 void mask_simd(const Zan8u* L, Zan32s step, Zan8u* E, Zan32s rows, Zan32s cols, Zan32s T) {
@@ -340,7 +363,11 @@ ZanStatus zaniFilterDenoiseAdaptive_8u_C1R(const Zan8u* pSrc[3], Zan32s srcStep,
         const Zan8u* const rows[3] = {rowp(pSrc[0], srcStep, y) + x0, rowp(pSrc[1], srcStep, y) + x0,
                                       rowp(pSrc[2], srcStep, y) + x0};
         Zan8u* out = rowp(pDst, dstStep, y) + x0;
-        if (fast) {
+        // Radii of 1: every filtered sample has its whole 3x3 window (the
+        // picture's outer rows and columns are never filtered), so the row
+        // kernel gives the general rule's result at any region width.  The
+        // width limit of 1408 only decides what an unknown mode does.
+        if (maskSize.width == 1 && maskSize.height == 1) {
             denoise::kAdaptive3[mode](rows, srcStep, out, x1 - x0, threshold, pState->pRecip);
             continue;
         }
