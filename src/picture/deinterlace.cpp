@@ -511,10 +511,10 @@ ZanStatus blend_init_alloc(ZaniSize size, Zan32s* pT, double* pC, ZanDeinterlace
     auto* st = reinterpret_cast<ZanDeinterlaceBlendState*>(zansMalloc_8u(32));
     if (!st) return zanStsNoMem;
     std::memset(static_cast<void*>(st), 0, 32);
+    st->memId = 2;  // so that Free takes the record back even when the table fails
     *ppState = st;
     st->pWeights = zansMalloc_16u(512);
     if (!st->pWeights) return zanStsNoMem;
-    st->memId = 2;
     prepare_table(pT, pC, st);
     return zanStsOk;
 }
