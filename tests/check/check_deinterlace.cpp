@@ -189,7 +189,7 @@ void blend_reference(const KernelPair<deinterlace::BlendRowFn>& e, const std::ve
 
 TEST(CheckDeinterlace, BlendSequences) {
     Rng rng(105);
-    const int runs = draws() / 30 + 2;
+    const int runs = draws() / 10 + 2;
     for (const auto& e : kernels().blend)
         for (int run = 0; run < runs; ++run) {
             const Zan32s w = rng.range(3, 70), h = rng.range(3, 24), bytes = w * e.param, stride = bytes + rng.range(0, 20);
@@ -231,7 +231,7 @@ TEST(CheckDeinterlace, BlendSequences) {
 TEST(CheckDeinterlace, MotionAdaptiveSequences) {
     Rng rng(106);
     const auto& e = kernels().motion[0];
-    for (int run = 0; run < draws() / 30 + 2; ++run) {
+    for (int run = 0; run < draws() / 10 + 2; ++run) {
         const Zan32s w = rng.range(1, 60), h = rng.range(1, 20), stride = w + rng.range(0, 9);
         std::vector<std::vector<Zan8u>> fr;
         for (int f = 0; f < 4; ++f) fr.push_back(frame(rng, w, h, stride, f));

@@ -117,7 +117,7 @@ std::vector<Zan8u> noisy(Rng& rng, Zan32s w, Zan32s h, int f) {
 TEST(CheckDenoise, AdaptiveSequences) {
     Rng rng(204);
     for (const auto& e : kernels().adaptive)
-        for (int run = 0; run < draws() / 60 + 2; ++run) {
+        for (int run = 0; run < draws() / 20 + 2; ++run) {
             // The first run: a region wider than 1408, which an unknown mode
             // treats as the general window, filtered all the same.
             const bool wide = run == 0;
