@@ -59,6 +59,7 @@ bool parse(int argc, char** argv, Options& o) {
         } else if (std::strcmp(a, "--mode") == 0) {
             if (!need()) return false;
             o.mode = std::atoi(argv[++i]);
+            if (o.mode < 0 || o.mode > 3) return std::fprintf(stderr, "zanvc denoise: --mode takes 0..3\n"), false;
         } else if (std::strcmp(a, "--radius") == 0) {
             if (!need()) return false;
             o.radius = std::atoi(argv[++i]);
