@@ -3204,9 +3204,245 @@ ZanStatus zaniSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Zan16s* pSrcLeftU, Z
 
 /* ==== deinterlace: deinterlacing ==== */
 
+/* Deinterlacing of 8-bit pictures.  A frame holds two interleaved fields, the
+ * even and the odd rows; each tool keeps the rows of one field and computes
+ * the other field's rows (the target rows).  C1 is one plane; C2 is two
+ * interleaved channels, a row of width w holding 2w bytes, the horizontal
+ * neighbour in the same channel 2 bytes away.  Steps are row steps in bytes
+ * and are not checked; sizes are in samples.  Pointer alignment never
+ * matters.  A failed check writes nothing.
+ *
+ * Shared rules: avg(a, b) = (a + b + 1) >> 1.  The spatial predictor of a
+ * target sample between row u (above) and row d (below): d1 = |u[x-1] -
+ * d[x+1]|, d2 = |u[x+1] - d[x-1]|, d0 = |u[x] - d[x]|; if d1 < d2 it is
+ * avg(u[x-1], d[x+1]) when d1 < d0, else avg(u[x], d[x]); otherwise it is
+ * avg(u[x+1], d[x-1]) when d2 < d0, else avg(u[x], d[x]).  At the first and
+ * last column (C2: the first two and last two bytes) it repeats a sample of
+ * the kept field instead.  Thresholds are compared as unsigned bytes: only
+ * the low 8 bits of a threshold count. */
+
+/* The prepared weight table of the blend (the same record for C1 and C2).  It
+ * takes 1056 bytes: this 32-byte head, then 512 Zan16u.  For motion m in
+ * 0..255, pWeights[m] is the spatial weight W(m) in 0..256 and
+ * pWeights[256 + m] is 256 - W(m).  Written only by the Init functions. */
+typedef struct {
+    Zan16u* pWeights;  /* the weight table */
+    Zan32s slope;      /* weight gained per unit of motion, 8 fraction bits */
+    Zan32s intercept;  /* weight at motion 0, 8 fraction bits */
+    Zan32s fullMotion; /* above this motion the weight is 256; negative: every motion */
+    Zan32s zeroMotion; /* below this motion the weight is 0; 256 or more: every motion */
+    Zan32s memId;      /* 1: the record lies in the caller's memory; 2: allocated by the library */
+} ZanDeinterlaceBlendState;
+
+/* Writes 1056, the bytes that Init needs for the record and its table.
+ * zanStsNullPtr (-8) for a null pSize. */
+ZanStatus zaniDeinterlaceBlendGetSize_8u_C1(Zan32s* pSize);
+ZanStatus zaniDeinterlaceBlendGetSize_8u_C2(Zan32s* pSize);
+
+/* Prepares the weight table in the caller's memory pMemState (1056 bytes,
+ * 8-byte aligned; the table follows the 32-byte head) and stores the record's
+ * address in *ppState (memId 1).  pThresholds holds two motion thresholds,
+ * pConstants two weights on a scale where 1.0 is 256; the line through them
+ * gives the weight.  Both arrays are changed in place: the thresholds are
+ * swapped when pThresholds[0] > pThresholds[1] (t0 <= t1), pConstants[1]
+ * becomes min(32767.0, larger) and pConstants[0] max(-32768.0, smaller)
+ * (c0, c1).  Then: if t0 == t1 the weight is a step, 0 below t0 and 256 from
+ * t0 on (fullMotion t0 - 1, zeroMotion t0, slope and intercept not written).
+ * Otherwise, in double precision, s = |(c1 - c0) / (t1 - t0)|, b = c1 - s*t1,
+ * B = trunc(256b + 0.5) if b > 0 else trunc(256b - 0.5), S = trunc(256s +
+ * 0.5) (a value the 32-bit conversion cannot hold becomes INT32_MIN).  If
+ * B >= 257: S = 0, B = 256, fullMotion 255, zeroMotion 0.  Else if S == 0:
+ * fullMotion 255, zeroMotion 256 with B set to 0 when B < 0, else 0.  Else
+ * with e = min(255S + B, 256): if e < 0 slope and intercept are 0,
+ * fullMotion 255, zeroMotion 256 (the table from the unchanged S, B clamps to
+ * 0); otherwise, when e - B > 32767, B = e - 32767 and S = trunc((256c1 - B) /
+ * t1); fullMotion = (256 - B) / S (truncating, less 1 when 256 - B < 0, at
+ * most 255) and zeroMotion = -B / S (truncating, plus 1 when B < 0, at least
+ * 0).  The table is W(m) = clamp(B + S*m, 0, 256), or the step.  Should S
+ * come out 0 after the 32767 limit, fullMotion is 255 and zeroMotion 0.
+ * Checks: ppState or pMemState null: -8; width or height below 3: -6.
+ * pThresholds and pConstants are not checked. */
+ZanStatus zaniDeinterlaceBlendInit_8u_C1(ZaniSize size, Zan32s* pThresholds, double* pConstants,
+                                         ZanDeinterlaceBlendState** ppState, Zan8u* pMemState);
+ZanStatus zaniDeinterlaceBlendInit_8u_C2(ZaniSize size, Zan32s* pThresholds, double* pConstants,
+                                         ZanDeinterlaceBlendState** ppState, Zan8u* pMemState);
+
+/* As Init, on a 32-byte record and a 512-entry table from zanMalloc, memId 2.
+ * Checks: ppState null: -8; width or height below 3: -6; the record's or the
+ * table's allocation failing: zanStsNoMem (-9) (when the table fails, the
+ * record stays allocated and stored in *ppState).  Release with Free. */
+ZanStatus zaniDeinterlaceBlendInitAlloc_8u_C1(ZaniSize size, Zan32s* pThresholds, double* pConstants,
+                                              ZanDeinterlaceBlendState** ppState);
+ZanStatus zaniDeinterlaceBlendInitAlloc_8u_C2(ZaniSize size, Zan32s* pThresholds, double* pConstants,
+                                              ZanDeinterlaceBlendState** ppState);
+
+/* Releases a record from InitAlloc: the table, then the record.  Checks: null:
+ * -8; memId other than 2: zanStsContextMismatch (-17). */
+ZanStatus zaniDeinterlaceBlendFree_8u_C1(ZanDeinterlaceBlendState* pState);
+ZanStatus zaniDeinterlaceBlendFree_8u_C2(ZanDeinterlaceBlendState* pState);
+
+/* Three-frame motion-weighted blend.  P0, P1, P2 are the previous, current
+ * and next frame (C1: pSrcPlane[0..2] sharing srcStep; C2: each its own
+ * step).  topField non-zero (C2: its bit 0) computes the even rows from the
+ * second on, keeping the odd field: row 0 of P1 is copied and, with copyField
+ * non-zero, the h/2 odd rows of P1 too.  topField zero computes the odd rows:
+ * with copyField non-zero the (h+1)/2 even rows of P1 are copied.  With
+ * copyField zero the kept rows of pDst stay as they are.  A target row with
+ * no row below (the last row, when (h & 1) equals the topField bit) is copied
+ * from P1, last.  For a target sample at (y, x), c = P1, O = P0 when topFirst
+ * equals topField (C2: both compared whole), else P2:
+ *   a1 = avg(|P0[y-1] - c[y-1]|, |P2[y-1] - c[y-1]|), a2 likewise on row y+1,
+ *   m = max(avg(a1, a2), |c[y] - O[y]|);
+ *   S = the spatial predictor between c[y-1] and c[y+1] (edge columns repeat
+ *       c[y+1] when topField is set, c[y-1] otherwise);
+ *   M = median(c[y-1], c[y], c[y+1]);
+ *   out = (W(m) * S + (256 - W(m)) * M) >> 8.
+ * With fullMotion negative every sample takes S; with zeroMotion 256 or more
+ * every sample takes M (the same formula).  Checks (C1): pSrcPlane or pDst
+ * null, then P0, P1, P2, then the table: -8; width or height below 3: -6.
+ * (C2): the table, pDst, P0, P1, P2 null: -8; width or height below 3: -6.
+ * pState itself is not checked.  Reads rows 0..h-1 of the three planes. */
+ZanStatus zaniDeinterlaceBlend_8u_C1(const Zan8u* pSrcPlane[3], Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                     ZaniSize size, Zan32s topFirst, Zan32s topField, Zan32s copyField,
+                                     ZanDeinterlaceBlendState* pState);
+ZanStatus zaniDeinterlaceBlend_8u_C2(const Zan8u* pSrc0, Zan32s src0Step, const Zan8u* pSrc1, Zan32s src1Step,
+                                     const Zan8u* pSrc2, Zan32s src2Step, Zan8u* pDst, Zan32s dstStep,
+                                     ZaniSize size, Zan32s topFirst, Zan32s topField, Zan32s copyField,
+                                     ZanDeinterlaceBlendState* pState);
+
+/* Edge-directed interpolation of one field given as a packed picture (pass
+ * twice the frame step to work inside a frame).  f = fieldNum (0 or 1), b = 1
+ * when bCopyBorder is non-zero.  With b, the last source row goes to the last
+ * destination row (f non-zero) or the first to the first (f zero).  Output
+ * rows r = (1-f)*b .. h - f*b - 1 take the spatial predictor between source
+ * rows r-1+f (u) and r+f (d) for columns 1..w-2; columns 0 and w-1 copy
+ * source row r.  Checks: a null pointer: -8; width or height below 1: -6.
+ * Reads source rows -1 (f 0) or h (f 1) when b is 0. */
+ZanStatus zaniDeinterlaceEdgeDetect_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                           ZaniSize size, Zan32s fieldNum, Zan32s bCopyBorder);
+
+/* Vertical median with a dead zone.  fieldNum 1 keeps the even rows (copies
+ * the h/2 rows 0, 2, ... at twice both steps); any other value keeps the odd
+ * rows, copied the same way from source row 1 to pDst + srcStep (not
+ * dstStep: use equal steps).  bCopyBorder non-zero copies srcStep bytes of
+ * the first and of the last source row to the first and last destination
+ * row.  b = (bCopyBorder != 0); rows from (1 - fieldNum)*2*b + fieldNum in
+ * steps of 2, below h - b, are computed: m = median(src[r-1], src[r],
+ * src[r+1]); out = src[r] when (threshold & 255) > |m - src[r]|, else m.
+ * Checks: a null pointer: -8; width below 1 or height below 2: -6.  With
+ * bCopyBorder 0 rows -1 and h may be read. */
+ZanStatus zaniDeinterlaceMedianThreshold_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                                ZaniSize size, Zan32s threshold, Zan32s fieldNum,
+                                                Zan32s bCopyBorder);
+
+/* Four-plane motion detector choosing between weave and a two-row average.
+ * P0..P3 in time order share srcStep.  Kept rows have the parity of topField
+ * (0 or 1; it is used as a row number).  K = P1 when topField equals topFirst,
+ * else P2; B is the plane before K.  copyField non-zero copies the h/2 kept
+ * rows from row topField of K.  topField 1: row 0 of K is copied, and the last
+ * row when h is odd; target rows start at 2.  Otherwise the last row of K is
+ * copied when h is even; target rows start at 1.  For a target sample with
+ * T = threshold & 255, U = K[r-1], D = K[r+1], v = B[r]: it is static when
+ * |K[r] - v|, |P1 - P0|, |P1 - P2|, |P1 - P3|, |P0 - P2|, |P2 - P3| (the last
+ * five on rows r+1 and r-1) are all below T.  Static with artifactProtection
+ * 0: out = v.  Otherwise d = 30 (static) or 6 (moving), lo = max(v - d, 0),
+ * hi = min(v + d, 235): out = avg(U, D) when U and D are both below lo or
+ * both above hi, else v.  Checks: pSrcPlane or pDst null, then the four
+ * planes: -8; width or height below 1: -6. */
+ZanStatus zaniDeinterlaceMotionAdaptive_8u_C1(const Zan8u* pSrcPlane[4], Zan32s srcStep, Zan8u* pDst,
+                                              Zan32s dstStep, ZaniSize size, Zan32s threshold, Zan32s topFirst,
+                                              Zan32s topField, Zan32s copyField, Zan32s artifactProtection);
+
+/* Vertical three-tap low-pass over a band of rows.  c = min(centerWeight as
+ * unsigned, 256), n = (256 - c) >> 1: out[r] = ((src[r-1] + src[r+1]) * n +
+ * src[r] * c) >> 8, no rounding (odd c loses brightness).  layout 1 (top
+ * band): row 0 copied, rows 1..h-2 filtered, row h-1 not written.  4 (middle
+ * band): rows -1..h-2 filtered, row h-1 not written.  16 (bottom band): rows
+ * -1..h-2 filtered, row h-1 copied.  Any other value (whole picture): row 0
+ * and row h-1 copied, rows 1..h-2 filtered.  Bands 4 and 16 read source rows
+ * -2..h-1 and write destination row -1.  Checks: a null pointer: -8; height
+ * below 3 or width below 1: -6. */
+ZanStatus zaniDeinterlaceFilterTriangle_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                               ZaniSize roiSize, Zan32u centerWeight, Zan32s layout);
+
+/* Touches nothing and returns layout as its status; no check. */
+ZanStatus zaniDeinterlaceFilterTriangle_8u_C2R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                               ZaniSize roiSize, Zan32u centerWeight, Zan32s layout);
+
 /* ==== end of deinterlace ==== */
 
 /* ==== denoise: adaptive and smoothing denoisers ==== */
+
+/* Two noise filters for 8-bit planes.  The pointers give the picture's
+ * origin; the work is a region given as an offset and a size inside a
+ * picture of imgSize.  Samples outside the region are read where a window
+ * reaches them and are never written.  The picture's own outermost rows and
+ * columns are never filtered: when the region touches the picture's first
+ * row (roiOffset.y 0), last row, first column or last column, that row or
+ * column of the region is copied from the current frame instead.  Steps are
+ * row steps in bytes, not checked.  A failed check writes nothing. */
+
+/* The adaptive denoiser's record, from InitAlloc.  The reciprocal table has
+ * 3 * (2r + 1)^2 + 1 entries, r the larger radius: entry 0 is 1, entry k is
+ * floor(65535.0 / k + 0.5). */
+typedef struct {
+    ZaniSize maskSize; /* window radii: 2*width+1 columns by 2*height+1 rows */
+    ZaniSize roiSize;  /* the region size the record was built for */
+    Zan16u* pRecip;    /* reciprocal table */
+} ZanDenoiseAdaptiveState;
+
+/* Allocates the record, then its table (through zanMalloc), and stores the
+ * record in *ppState.  Checks: ppState null: -8; any dimension below 1, or a
+ * radius larger than the region in its direction: -6; either allocation
+ * failing: zanStsNoMem (-9), the record staying in *ppState when only the
+ * table failed.  Release with zaniFilterDenoiseAdaptiveFree_8u_C1. */
+ZanStatus zaniFilterDenoiseAdaptiveInitAlloc_8u_C1(ZanDenoiseAdaptiveState** ppState, ZaniSize roiSize,
+                                                   ZaniSize maskSize);
+
+/* Releases the table (when present), then the record.  Null: -8. */
+ZanStatus zaniFilterDenoiseAdaptiveFree_8u_C1(ZanDenoiseAdaptiveState* pState);
+
+/* Spatio-temporal mean over a window in three frames (pSrc[0..2]: previous,
+ * current, next; one srcStep).  For a filtered sample c at (y, x) with
+ * T = threshold: the window is rows y-a..y+b, columns x-e..x+f with
+ * a = min(y, mh), b = min(mh, H-1-y), e = min(x, mw), f = min(mw, W-1-x)
+ * (cut at the picture's edge, never at the region's).  n counts its samples,
+ * Sc sums the current frame's; Sp, cp sum and count the previous frame's
+ * samples s with T > |c - s|, Sn, cn the next frame's.  All sums are held in
+ * 16 bits (they wrap).  R is the state's table.  cp + cn == 0: out =
+ * Sc * R[n] >> 16.  Otherwise by mode, p and q being the centre samples of
+ * the previous and next frames: 0: (Sc + p + q) * R[n+2]; 1: (Sc + Sp + q) *
+ * R[n+cp+1]; 2: (Sc + p + Sn) * R[n+cn+1]; 3: (Sc + Sp + Sn) * R[n+cp+cn];
+ * each >> 16, stored as a byte.  Checks in order: pSrc, pDst or pState null,
+ * then each plane null: -8; a picture, region or mask dimension below 1, or
+ * the region past the picture: -6; maskSize or roiSize unlike the state's:
+ * -6.  A mode outside 0..3 returns zanStsModeUnknown (1) with nothing
+ * written, except with both radii 1 and a region at most 1408 wide, where
+ * the border copies are done and 0 is returned. */
+ZanStatus zaniFilterDenoiseAdaptive_8u_C1R(const Zan8u* pSrc[3], Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                           ZaniSize imgSize, ZaniSize maskSize, ZaniPoint roiOffset,
+                                           ZaniSize roiSize, Zan32s threshold, Zan32s mode,
+                                           ZanDenoiseAdaptiveState* pState);
+
+/* Edge-preserving spatial mean that never crosses a detected edge.  pBuffer:
+ * 2 * (rh + 3) * (rw + 3) bytes (rw, rh the region): an edge mask E, then a
+ * 3x3 box low-pass L of the picture around the region, both at row step
+ * rw + 3.  E[r][c] is 255 when |L[r][c] - L[r+1][c+1]| or |L[r][c+1] -
+ * L[r+1][c]| is at least T (T = threshold, clamped to 1..256), else 0; L is
+ * replicated at the picture's edges and E is 255 along the picture's last
+ * row and column.  With threshold 0 the first (rh - 2) * rw bytes of E from
+ * byte rw are set to 255 and the rest of E keeps what the buffer held.  A
+ * filtered sample whose own mask entry is non-zero is copied; otherwise it is
+ * the mean of those samples of its 3x3 neighbourhood whose own mask entries
+ * are 0: with k of them summing to S, min(S * D[k] >> 16, 255), D = {1,
+ * 65535, 32768, 21845, 16384, 13107, 10923, 9362, 8192, 7282}.  Reads one
+ * row and column beyond the region, two when the region ends two samples
+ * before the picture's edge.  Checks in order: pSrc, pDst, pBuffer null: -8;
+ * picture dimension below 1: -6; region height below 3: zanStsErr (-2);
+ * region past the picture: -6. */
+ZanStatus zaniFilterDenoiseSmooth_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                         ZaniSize imgSize, Zan32s threshold, ZaniPoint roiOffset,
+                                         ZaniSize roiSize, Zan8u* pBuffer);
 
 /* ==== end of denoise ==== */
 

@@ -10,6 +10,8 @@ int mc(int argc, char** argv);      // motion-compensated prediction at one vect
 int info(int argc, char** argv);    // version record, path, processor features
 int bench(int argc, char** argv);   // runs zanvc_bench and tabulates its results
 // picture tools
+int deinterlace(int argc, char** argv);  // deinterlaces a raw video with one of the library's tools
+int denoise(int argc, char** argv);      // denoises a raw video (adaptive or smoothing filter)
 // end of picture tools
 void usage(const char* program);
 

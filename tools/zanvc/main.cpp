@@ -49,6 +49,25 @@ void usage(const char* program) {
         "        per call (the median of N runs) and the speed-up of the faster kernel\n"
         "        over the rule; then the exported functions and the candidate-row\n"
         "        comparisons.  S: least seconds per benchmark (default 0.1).\n"
+        "  deinterlace IN OUT [--size WxH] [--pix-fmt F] [--method M] [--keep top|bottom]\n"
+        "              [--threshold T] [--motion LO,HI] [--weight C] [--png-before FILE]\n"
+        "              [--png-after FILE] [--png-frame N]\n"
+        "        deinterlaces a raw video (.yuv with --size, or .y4m; the same format out)\n"
+        "        frame after frame.  M: blend (three frames, motion-weighted; LO,HI are the\n"
+        "        motion thresholds of the weight, default 4,24), edge (edge-directed,\n"
+        "        one field), median (median with a dead zone of T, default 10), motion\n"
+        "        (four frames, weave or average, threshold T) or triangle (vertical\n"
+        "        low-pass, centre weight C of 256, default 128).  The kept field is the\n"
+        "        top one (even rows) unless --keep bottom.  The PNG options write frame N\n"
+        "        (default 0) before and after.\n"
+        "  denoise IN OUT [--size WxH] [--pix-fmt F] [--method adaptive|smooth]\n"
+        "              [--threshold T] [--mode 0..3] [--radius R] [--png-before FILE]\n"
+        "              [--png-after FILE] [--png-frame N]\n"
+        "        denoises a raw video frame after frame: adaptive (mean over a window of\n"
+        "        radius R, default 1, in three frames, whose other frames' samples count\n"
+        "        within T of the centre, default 20; mode 3 uses both neighbours' sums)\n"
+        "        or smooth (edge-preserving 3x3 mean, edges at a difference of T,\n"
+        "        default 12).\n"
         "  help  this text\n"
         "\n"
         "ZANCORE_CPU_FEATURES=<hex mask> masks processor features before the library\n"
@@ -68,6 +87,8 @@ int main(int argc, char** argv) {
     if (std::strcmp(cmd, "info") == 0) return info(argc - 2, argv + 2);
     if (std::strcmp(cmd, "bench") == 0) return bench(argc - 2, argv + 2);
     // picture tools
+    if (std::strcmp(cmd, "deinterlace") == 0) return deinterlace(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "denoise") == 0) return denoise(argc - 2, argv + 2);
     // end of picture tools
     if (std::strcmp(cmd, "help") == 0 || std::strcmp(cmd, "--help") == 0 || std::strcmp(cmd, "-h") == 0) {
         usage(argv[0]);
