@@ -68,6 +68,9 @@ int main(int argc, char** argv) {
     if (std::strcmp(cmd, "info") == 0) return info(argc - 2, argv + 2);
     if (std::strcmp(cmd, "bench") == 0) return bench(argc - 2, argv + 2);
     // picture tools
+    if (std::strcmp(cmd, "cast") == 0) return cast(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "camera") == 0) return camera(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "mosquito") == 0) return mosquito(argc - 2, argv + 2);
     // end of picture tools
     if (std::strcmp(cmd, "help") == 0 || std::strcmp(cmd, "--help") == 0 || std::strcmp(cmd, "-h") == 0) {
         usage(argv[0]);
