@@ -3448,13 +3448,274 @@ ZanStatus zaniFilterDenoiseSmooth_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8
 
 /* ==== cast: CAST denoising ==== */
 
+/* CAST denoising: a block-adaptive temporal and spatial noise filter.  Each
+ * block of the picture is judged still or moving against the previous frame.
+ * A still block is blended with the previous frame by a per-block history
+ * weight that grows while the block stays still; a moving block is filtered
+ * by a neighbour mean that preserves edges.  The caller owns the frames, the
+ * edge map and the history.
+ *
+ * History: an optional caller-owned byte array carried from frame to frame
+ * (null: no history).  One byte per block in raster order for the one-plane
+ * form: ceil(width / blockWidth) * ceil(height / blockHeight) bytes.  In the
+ * 4:2:2 form a group of 4 * blockWidth bytes of a row is one column of blocks
+ * with four history bytes, in this order: first luma block, Cb block, second
+ * luma block, Cr block; so 4 * ceil(2 * width / (4 * blockWidth)) *
+ * ceil(height / blockHeight) bytes.  A history value is a blend weight out of
+ * 256.
+ *
+ * Blocks are visited in raster order; a block cut by the right or bottom
+ * border uses its real width and height.
+ *   - Motion (with a previous frame): a sample differs when |cur - prev|
+ *     exceeds temporalDifference.  In a block cut at the right, the flag of
+ *     the last real sample of a row counts again for each missing column; in
+ *     a block cut at the bottom, the count of the last real row counts again
+ *     for each missing row.  The block is moving when the count exceeds
+ *     motionCount.  A 4:2:2 block with no real column (the second luma block
+ *     of a last group that holds only one luma block's worth of pixels)
+ *     counts 0, so it is still: its history is updated and nothing is
+ *     written for it.
+ *   - Weight w, with history byte h: moving: w = h, then h = 128 when h is
+ *     below 128, else h >> 1.  Still: h = min(h + 4, 200) when h is at least
+ *     128, else h = 128; then w = h.  Without history w = historyWeight.
+ *   - A still block with w above 0: out = ((prev - cur) * w + cur * 256 +
+ *     128) >> 8 per sample.  The edge map plays no part.
+ *   - A moving block, a still one with w = 0, and every block when pSrcPrev
+ *     is null: each sample c walks its eight neighbours (row above left to
+ *     right, left, right, row below left to right), coordinates clamped to
+ *     the picture; a neighbour n with |n - c| below the limit
+ *     (neighbourLimitY for the plane and for luma, neighbourLimitUV for
+ *     chroma) adds to S and k.  k = 0 keeps c; else m = (S + (k >> 1)) / k,
+ *     a = edgeWeight where the edge map exceeds edgeLimit, else flatWeight,
+ *     and out = (c * a + m * (256 - a) + 128) >> 8.  Neighbours come from
+ *     the unfiltered source.
+ * When pSrcPrev is null and pHistory is not, the whole history is set to
+ * historyWeight first and not touched again in that call.
+ *
+ * 4:2:2 layout: 2 bytes per pixel, even bytes luma, bytes 1 and 3 of each
+ * four the Cb and Cr channels.  Luma neighbours lie 2 bytes apart, chroma
+ * neighbours 4 bytes apart, and clamping keeps a channel's own first and last
+ * samples.  A group of 4 * blockWidth bytes by blockHeight rows holds four
+ * blocks, each decided, weighted and filtered by itself: the first
+ * blockWidth luma samples, the second blockWidth luma samples, the group's Cb
+ * samples and its Cr samples.  The edge map is read at the byte offset of
+ * the sample, so it has the interleaved layout too.
+ *
+ * Steps are not checked (srcStep serves both frames).  The destination must
+ * not overlap the current frame, the previous frame or the edge map.  A
+ * blockWidth or blockHeight of 0 is not checked; such a call writes nothing
+ * and returns zanStsOk. */
+
+/* The parameter record, ten bytes; the defaults are what
+ * zaniFilterDenoiseCASTInit writes. */
+typedef struct {
+    Zan8u temporalDifference; /* 16: a sample differs when |cur - prev| exceeds this */
+    Zan8u motionCount;        /* 0: a block moves when more than this many samples differ */
+    Zan8u edgeLimit;          /* 8: an edge sample has an edge map value above this */
+    Zan8u blockWidth;         /* 4: block width in samples */
+    Zan8u blockHeight;        /* 4: block height in rows */
+    Zan8u edgeWeight;         /* 128: share of the unfiltered sample, of 256, at edge samples */
+    Zan8u flatWeight;         /* 16: the same elsewhere */
+    Zan8u neighbourLimitY;    /* 12: a neighbour joins the mean when it differs by less (luma) */
+    Zan8u neighbourLimitUV;   /* 6: the same for chroma */
+    Zan8u historyWeight;      /* 192: initial history value; the blend weight without history */
+} ZanDenoiseCastParams;
+
+/* Fills the record with the defaults.  Checks: pParams null
+ * (zanStsNullPtr). */
+ZanStatus zaniFilterDenoiseCASTInit(ZanDenoiseCastParams* pParams);
+
+/* One plane (C1) or interleaved 4:2:2 (C2, size counts pixels).  pSrcPrev
+ * null: no previous frame; pHistory null: no history; pParams null: the
+ * defaults.  Checks, in order: pSrcCur, pEdgeMap or pDst null
+ * (zanStsNullPtr); width or height below 1, and for C2 an odd width
+ * (zanStsSizeBad).  Nothing is written on failure.  Reads exactly the
+ * picture's samples of both frames and the edge map. */
+ZanStatus zaniFilterDenoiseCAST_8u_C1R(const Zan8u* pSrcCur, const Zan8u* pSrcPrev, Zan32s srcStep,
+                                       const Zan8u* pEdgeMap, Zan32s edgeStep, ZaniSize size, Zan8u* pDst,
+                                       Zan32s dstStep, Zan8u* pHistory, const ZanDenoiseCastParams* pParams);
+ZanStatus zaniFilterDenoiseCASTYUV422_8u_C2R(const Zan8u* pSrcCur, const Zan8u* pSrcPrev, Zan32s srcStep,
+                                             const Zan8u* pEdgeMap, Zan32s edgeStep, ZaniSize size, Zan8u* pDst,
+                                             Zan32s dstStep, Zan8u* pHistory,
+                                             const ZanDenoiseCastParams* pParams);
+
 /* ==== end of cast ==== */
 
 /* ==== camera: camera resize, colour conversion and rotation ==== */
 
+/* Camera pipeline tools on 4:2:2 interleaved pictures (each four bytes Cb,
+ * Y, Cr, Y for two pixels).  Rotation codes, for a picture of ow by oh
+ * pixels, the pixel at row i, column j going to:
+ *   0: row i, column j;            1: row ow - 1 - j, column i;
+ *   2: row j, column oh - 1 - i;   3: row oh - 1 - i, column ow - 1 - j.
+ * For codes 1 and 2 the destination has oh columns and ow rows.  Steps are
+ * not checked; zero and negative steps are legal. */
+
+/* Shrinks by zoomFactor z (2, 4 or 8), converts to 16-bit RGB and rotates,
+ * in one pass.  ow = width / z, oh = height / z; the rest of the source is
+ * not read.  Output pixels go in pairs (2k, 2k + 1) with their source area
+ * of z rows by 2z pixels at byte 4zk of the row group, and a single last
+ * pixel when ow is odd.  avg(a, b) = (a + b + 1) >> 1.
+ *   interpolation 1 (nearest): Y from byte 1 and 1 + 2z of the first row,
+ *     shared Cb and Cr from bytes 0 and 2; a single pixel takes bytes 1, 0, 2.
+ *   interpolation 2 (mean), a fixed tree of avg:
+ *     z 2: Y = avg(avg(r0[1], r0[3]), avg(r1[1], r1[3])), second at 5, 7;
+ *          Cb = avg(avg(r0[0], r1[0]), avg(r0[4], r1[4])), Cr at 2, 6.
+ *     z 4: per row Y = avg(avg(b1, b5), avg(b3, b7)) (second: 9, 13, 11, 15),
+ *          Cb = avg(avg(b0, b4), avg(b8, b12)), Cr at 2, 6, 10, 14; rows join
+ *          as avg(avg(R0, R1), avg(R2, R3)).
+ *     z 8: A(b) = avg(avg(avg(r0, r1), avg(r2, r3)), avg(avg(r4, r5),
+ *          avg(r6, r7))); Y = avg(avg(avg(A1, A9), avg(A5, A13)),
+ *          avg(avg(A3, A11), avg(A7, A15))), second at b + 16; Cb =
+ *          avg(avg(avg(A0, A8), avg(A4, A12)), avg(avg(A16, A24), avg(A20,
+ *          A28))), Cr at b + 2.
+ *     single last pixel: z 2: Y as the first of a pair, Cb = avg(r0[0],
+ *          r1[0]), Cr = avg(r0[2], r1[2]); z 4: per row Y = (b1 + b3 + b5 +
+ *          b7 + 2) >> 2, Cb = avg(b0, b4), Cr = avg(b2, b6), rows joined as
+ *          (sum of four + 2) >> 2; z 8: Y as the first of a pair, Cb =
+ *          avg(avg(A0, A8), avg(A4, A12)), Cr the same at b + 2.
+ * Colour, u = Cb - 128, v = Cr - 128, L = 1192 Y - 19072, arithmetic shifts:
+ *   B = clamp((L + 2065 u) >> 13, 0, 31), R = clamp((L + 1634 v) >> 13, 0, 31),
+ *   G = L - 401 u - 833 v, then >> 12 clamped to 0..63 for colorFormat 0
+ *   (packed B | G << 5 | R << 11), else >> 13 clamped to 0..31 (packed
+ *   B | G << 5 | R << 10, bit 15 zero).
+ * dstStep is in bytes; the pixel step is dstStep / 2, truncating.
+ * Checks, in order: pSrc or pDst null (zanStsNullPtr); width or height below
+ * zoomFactor (zanStsSizeBad); zoomFactor not 2, 4 or 8
+ * (zanStsResizeFactorBad); interpolation not 1 or 2
+ * (zanStsInterpolationBad); rotation not 0..3 (zanStsBadArg).  Nothing is
+ * written on failure.  After the work, an odd width or height returns
+ * zanStsOddSize (35). */
+ZanStatus zaniResizeCCRotate_8u_C2R(const Zan8u* pSrc, Zan32s srcStep, ZaniSize roiSize, Zan16u* pDst,
+                                    Zan32s dstStep, Zan32s zoomFactor, Zan32s interpolation, Zan32s colorFormat,
+                                    Zan32s rotation);
+
+/* 4:2:2 to planar 4:2:0 with rotation.  w2, h2: width and height with bit 0
+ * cleared (an odd last column or row is left out).  Each 2 by 2 block at even
+ * (x, y) copies its four Y samples to their rotated places (ow = w2,
+ * oh = h2); its chroma is the vertical average avg(row y, row y + 1) of the
+ * pair's Cb and of its Cr, stored at the rotated place of (y / 2, x / 2)
+ * with ow = w2 / 2, oh = h2 / 2.  pDst[0..2]: Y, Cb, Cr planes with their
+ * dstStep.
+ * C2P3R reads the interleaved source.  P3R reads pSrc[0] Cb, pSrc[1] Y,
+ * pSrc[2] Cr (chroma half width, full height), and crosses the steps of its
+ * first two planes on the second row of each pair: Y's row y is at
+ * pSrc[1] + y * srcStep[1] and its row y + 1 at that plus srcStep[0]; Cb's
+ * row y at pSrc[0] + y * srcStep[0] and row y + 1 at that plus srcStep[1];
+ * Cr uses srcStep[2] for both.
+ * Checks, in order: pSrc, pDst, the step arrays, then the destination
+ * planes, then (P3R) the source planes null (zanStsNullPtr); width or height
+ * below 2 (zanStsSizeBad).  A rotation outside 0..3 writes nothing and
+ * returns what a valid call returns.  The result is zanStsOddSize (35) when
+ * the width or height is odd, else zanStsOk. */
+ZanStatus zaniCbYCr422ToYCbCr420_Rotate_8u_C2P3R(const Zan8u* pSrc, Zan32s srcStep, ZaniSize roiSize,
+                                                 Zan8u* pDst[3], Zan32s dstStep[3], Zan32s rotation);
+ZanStatus zaniCbYCr422ToYCbCr420_Rotate_8u_P3R(const Zan8u* pSrc[3], Zan32s srcStep[3], ZaniSize roiSize,
+                                               Zan8u* pDst[3], Zan32s dstStep[3], Zan32s rotation);
+
 /* ==== end of camera ==== */
 
 /* ==== mosquito: mosquito noise filter ==== */
+
+/* Mosquito noise filter: reduces the ringing that block coding leaves around
+ * edges.  Per 8 by 8 block it classifies the block from a smoothed gradient
+ * field and from the difference to the previous frame, then per sample
+ * picks one of four small kernels or leaves the sample alone.
+ *
+ * Block grid, with (ox, oy) the region offset, (W, H) its size, (iw, ih)
+ * the picture size: the first origin xs is 0 when ox is 0, -1 when ox is 1,
+ * else -2; the last xe = W - 12, grown by p = 8 - (xe % 8) (truncating
+ * remainder) when xe % 8 is not 0 and ox + W + p does not exceed iw; ys, ye
+ * likewise.  Blocks lie at xs, xs + 8, ... up to xe (rows likewise); a
+ * block reads the 12 by 12 area at its origin and filters the 8 by 8 at
+ * (x + 2, y + 2).  Pass 1, in raster order: copy the areas of both frames;
+ * changed = more than changedCountLimit samples of the inner 8 by 8 with
+ * |cur - prev| above changedDifference; smooth the current copy in place
+ * (column outermost, 1 2 1 / 2 4 2 / 1 2 1 >> 4 over the 10 by 10 interior);
+ * per inner sample (column outermost) G = |Sobel x| + |Sobel y| of the
+ * smoothed copy, counting edges (G above edgeGradient) and flat samples (G
+ * below flatGradient) and tracking the maximum; the edge map entry of an
+ * edge sample becomes 2, the entries above and left become 1 when 0, the
+ * entries right and below become 1 when they lie inside the region; a
+ * non-edge sample's entry becomes 0.  edgy = edges above edgeCountLimit,
+ * strong = maximum above strongGradient, flat = flat samples above both
+ * flatRatio * (64 - edges - flat samples) and flatCountLimit.  The record
+ * index is x / 8 + ((y / 8) * W) / 8.
+ * Pass 2, in raster order, with a running sum that starts at 0 once per
+ * call and the record at x / 8 + (y / 8) * (W / 8): when that record is not
+ * edgy, the strong values of the left, right, up-left, up and up-right
+ * records (those inside the grid of W / 8 columns) join the sum, which
+ * becomes its neighbourSum; the current frame's 12 by 12 area is copied to
+ * the destination, cut at the region; when edgy or neighbourSum is non-zero
+ * the block is filtered with its pass-1 record: the class map is built
+ * and, per sample at least two inside the region's right and bottom edges, with a zero edge map entry: class 0 the 3 by 3
+ * weighted mean (8 c + eight neighbours) >> 4; class 1 a median of seven
+ * previous/current 3 by 3 part means (not edgy), of nine current 3 by 3
+ * medians (changed) or of nine mixed current/previous medians; class 2 is
+ * left alone.  Class map: all 0 when the block is not flat, else per sample
+ * the sum D of |cur - prev| over the sample and its four direct neighbours
+ * gives 2 above motionHigh, 1 above motionLow, and otherwise keeps its
+ * previous entry.  Then the rows from the block row after the last to
+ * H - 1 are copied from the current frame across the whole width, and the
+ * columns right of the last block column's next origin for the rows above.
+ * The class map and the edge map are not cleared between calls. */
+
+/* Work record of the state: the block copies, the class map, the per-block
+ * records and the edge map. */
+typedef struct {
+    Zan8u* pPrevBlock;  /* 12 x 12, row step 12 */
+    Zan8u* pCurBlock;   /* 12 x 12, row step 12 */
+    Zan8u* pClassMap;   /* 8 x 8, row step 8 */
+    Zan32s* pBlockInfo; /* (W / 8 + 1) * (H / 8 + 1) records of five Zan32s:
+                           changed, flat, edgy, strong, neighbourSum */
+    Zan8u* pEdgeMap;    /* (W + 8) x (H + 8) */
+    Zan32s edgeMapStep; /* W + 8 */
+    Zan32s blockStep;   /* 12 */
+} ZanDenoiseMosquitoWork;
+
+/* The filter's state, one zeroed allocation: this control record, then the
+ * work record and its areas. */
+typedef struct {
+    ZaniSize roiSize;        /* region size this state was made for */
+    Zan32s blockWidth;       /* 8 */
+    Zan32s blockHeight;      /* 8 */
+    Zan32s edgeCountLimit;   /* 4: edgy when more samples than this are edges */
+    Zan32s edgeGradient;     /* 12: gradient above which a sample is an edge */
+    Zan32s strongGradient;   /* 16: block maximum above which the block is strong */
+    Zan32s flatGradient;     /* 4: gradient below which a sample is flat */
+    Zan32s unusedLimit;      /* 32: stored, not read */
+    Zan32s flatRatio;        /* 1 */
+    Zan32s flatCountLimit;   /* 32 */
+    Zan32s motionHigh;       /* 20: five-point difference above which a sample is left alone */
+    Zan32s changedCountLimit; /* 2 */
+    Zan32s changedDifference; /* 16 */
+    Zan32s motionLow;        /* 6: five-point difference above which the strong kernels run */
+    ZanDenoiseMosquitoWork* pWork;
+    void* pAllocated;        /* what the free function releases */
+} ZanDenoiseMosquitoState;
+
+/* Allocates and zeroes a state for regions of roiSize, with the defaults
+ * above.  Checks, in order: ppState null (zanStsNullPtr); width or height
+ * below 1 (zanStsSizeBad); allocation failing (zanStsNoMem). */
+ZanStatus zaniFilterDenoiseMosquitoInitAlloc_8u_C1(ZanDenoiseMosquitoState** ppState, ZaniSize roiSize);
+
+/* Frees a state.  Checks: pState or its pAllocated null (zanStsNullPtr). */
+ZanStatus zaniFilterDenoiseMosquitoFree_8u_C1(ZanDenoiseMosquitoState* pState);
+
+/* Filters the region at roiOffset of size roiSize of a picture of imgSize;
+ * pSrc[0] is the previous frame, pSrc[1] the current one; they and pDst
+ * point to the picture's origin and share nothing.  The destination receives
+ * the whole region.  Checks, in order: pState or pState->pWork null
+ * (zanStsNullPtr); the state's width or height below 1, the region beyond
+ * the picture (a negative offset, or offset plus size above imgSize), or
+ * roiSize different from the state's (zanStsSizeBad); a region too small for
+ * one block, that is xe below xs or ye below ys, so that no block origin
+ * fits (zanStsErr); a 12 by 12 region at (0, 0) takes one block.  pSrc and pDst are not
+ * checked.  Reads the region, up to two samples before it where the offset
+ * allows, and up to 7 samples after it where the picture allows. */
+ZanStatus zaniFilterDenoiseMosquito_8u_C1R(const Zan8u* pSrc[2], Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                           ZaniSize imgSize, ZanDenoiseMosquitoState* pState, ZaniPoint roiOffset,
+                                           ZaniSize roiSize);
 
 /* ==== end of mosquito ==== */
 

@@ -12,6 +12,14 @@ int bench(int argc, char** argv);   // runs zanvc_bench and tabulates its result
 // picture tools
 int deinterlace(int argc, char** argv);  // deinterlaces a raw video with one of the library's tools
 int denoise(int argc, char** argv);      // denoises a raw video (adaptive or smoothing filter)
+// zanvc cast IN OUT [--size WxH] [--pix-fmt F] [--previous output|source] [--threshold T]
+//                   [--png PREFIX] [--png-frame N]: CAST denoising with history
+int cast(int argc, char** argv);
+// zanvc camera IN OUT [--size WxH] [--pix-fmt uyvy422|yuyv422] [--zoom 2|4|8] [--interp nearest|mean]
+//                     [--format 565|555] [--rotate 0..3] [--png FILE] [--check]: resize, RGB, rotate
+int camera(int argc, char** argv);
+// zanvc mosquito IN OUT [--size WxH] [--pix-fmt F] [--png PREFIX] [--png-frame N]: mosquito filter
+int mosquito(int argc, char** argv);
 // end of picture tools
 void usage(const char* program);
 

@@ -68,6 +68,16 @@ void usage(const char* program) {
         "        within T of the centre, default 20; mode 3 uses both neighbours' sums)\n"
         "        or smooth (edge-preserving 3x3 mean, edges at a difference of T,\n"
         "        default 12).\n"
+        "  cast IN OUT [--size WxH] [--pix-fmt F] [--previous output|source] [--threshold T]\n"
+        "              [--png PREFIX] [--png-frame N]\n"
+        "        CAST denoising frame after frame, with its history of still blocks\n"
+        "        (one plane per call, or packed 4:2:2).\n"
+        "  camera IN OUT [--size WxH] [--pix-fmt uyvy422|yuyv422] [--zoom 2|4|8]\n"
+        "              [--interp nearest|mean] [--format 565|555] [--rotate 0..3] [--png FILE] [--check]\n"
+        "        the camera path: packed 4:2:2 resized by 2, 4 or 8, converted to 16-bit\n"
+        "        RGB and rotated; --check compares each frame with a double-precision model.\n"
+        "  mosquito IN OUT [--size WxH] [--pix-fmt F] [--png PREFIX] [--png-frame N]\n"
+        "        the mosquito-noise filter over the luma of a decoded video, with its state.\n"
         "  help  this text\n"
         "\n"
         "ZANCORE_CPU_FEATURES=<hex mask> masks processor features before the library\n"
@@ -89,6 +99,9 @@ int main(int argc, char** argv) {
     // picture tools
     if (std::strcmp(cmd, "deinterlace") == 0) return deinterlace(argc - 2, argv + 2);
     if (std::strcmp(cmd, "denoise") == 0) return denoise(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "cast") == 0) return cast(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "camera") == 0) return camera(argc - 2, argv + 2);
+    if (std::strcmp(cmd, "mosquito") == 0) return mosquito(argc - 2, argv + 2);
     // end of picture tools
     if (std::strcmp(cmd, "help") == 0 || std::strcmp(cmd, "--help") == 0 || std::strcmp(cmd, "-h") == 0) {
         usage(argv[0]);
