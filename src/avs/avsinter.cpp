@@ -144,7 +144,7 @@ inline __m128i brow(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x) {
               load8u16(at(s, st, y, x + 2)));
 }
 
-// Eight output samples of position POS at (y, x0).
+// Eight output samples of a one-dimensional position POS at (y, x0).
 template <int POS>
 inline __m128i eight(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x0) {
     auto A = [&](Zan32s dy, Zan32s dx) { return load8u16(at(s, st, y + dy, x0 + dx)); };
@@ -156,43 +156,67 @@ inline __m128i eight(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x0) {
         return _mm_srai_epi16(_mm_add_epi16(brow(s, st, y, x0), _mm_set1_epi16(4)), 3);
     if constexpr (POS == 8)
         return _mm_srai_epi16(_mm_add_epi16(hcol(s, st, y, x0), _mm_set1_epi16(4)), 3);
-    if constexpr (POS == 6 || POS == 14) {
-        return f4_round10(brow(s, st, y - 2, x0), brow(s, st, y - 1, x0), brow(s, st, y, x0), brow(s, st, y + 1, x0),
-                          brow(s, st, y + 2, x0), false) ;
-    }
-    if constexpr (POS == 9 || POS == 11) {
-        return f4_round10(hcol(s, st, y, x0 - 2), hcol(s, st, y, x0 - 1), hcol(s, st, y, x0), hcol(s, st, y, x0 + 1),
-                          hcol(s, st, y, x0 + 2), false);
-    }
-    // j and its neighbours: F2 across the unrounded vertical half samples;
-    // the sum lies in -10200..26520.
-    const __m128i j = f2(hcol(s, st, y, x0 - 1), hcol(s, st, y, x0), hcol(s, st, y, x0 + 1), hcol(s, st, y, x0 + 2));
-    if constexpr (POS == 10) return _mm_srai_epi16(_mm_add_epi16(j, _mm_set1_epi16(32)), 6);
-    // e g p r: j + 64 D + 64 in -10136..42904, offset by 10240 into the
-    // unsigned range, shifted logically, the offset's 80 taken back.
-    constexpr Zan32s ddx = (POS == 7 || POS == 15) ? 1 : 0, ddy = (POS == 13 || POS == 15) ? 1 : 0;
-    __m128i v = _mm_add_epi16(j, _mm_slli_epi16(A(ddy, ddx), 6));
-    v = _mm_srli_epi16(_mm_add_epi16(v, _mm_set1_epi16(10240 + 64)), 7);
-    return _mm_subs_epu16(v, _mm_set1_epi16(80));
+    static_assert(POS == 1 || POS == 2 || POS == 3 || POS == 4 || POS == 8 || POS == 12);
+    return _mm_setzero_si128();
 }
 
-// The mirrored 32-bit positions (q: F4 mirror down over b; k: across over h).
-template <>
-inline __m128i eight<14>(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x0) {
-    return f4_round10(brow(s, st, y - 1, x0), brow(s, st, y, x0), brow(s, st, y + 1, x0), brow(s, st, y + 2, x0),
-                      brow(s, st, y + 3, x0), true);
-}
-template <>
-inline __m128i eight<11>(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x0) {
-    return f4_round10(hcol(s, st, y, x0 - 1), hcol(s, st, y, x0), hcol(s, st, y, x0 + 1), hcol(s, st, y, x0 + 2),
-                      hcol(s, st, y, x0 + 3), true);
-}
+// Positions that filter across the unrounded vertical half samples (i, j,
+// k and the diagonal quarters) compute those once per row into a small
+// array; f and q keep the five unrounded horizontal half-sample rows they
+// filter down as a rolling window.  The rest work straight from the source.
+constexpr bool across_h(int pos) { return pos == 5 || pos == 7 || pos == 9 || pos == 10 || pos == 11 || pos == 13 || pos == 15; }
 
 template <int W, int POS>
 void luma_sse2(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s height) {
-    for (Zan32s y = 0; y < height; ++y) {
-        Zan8u* d = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
-        for (Zan32s x0 = 0; x0 < W; x0 += 8) store8(d + x0, eight<POS>(pSrc, srcStep, y, x0));
+    if constexpr (across_h(POS)) {
+        // hv[i] = the unrounded vertical half sample of column i - 2 (i = 0 ..
+        // W + 4); chunks of 8 overlap at the end so that no column past W + 2
+        // is read.
+        alignas(16) Zan16s hv[W + 8];
+        for (Zan32s y = 0; y < height; ++y) {
+            for (Zan32s c = -2; c < W + 3; c += 8) {
+                const Zan32s cc = c + 8 > W + 3 ? W + 3 - 8 : c;
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(hv + cc + 2), hcol(pSrc, srcStep, y, cc));
+            }
+            Zan8u* d = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
+            for (Zan32s x0 = 0; x0 < W; x0 += 8) {
+                auto H = [&](Zan32s off) { return loadu16(hv + x0 + off + 2); };
+                __m128i out;
+                if constexpr (POS == 9) {
+                    out = f4_round10(H(-2), H(-1), H(0), H(1), H(2), false);
+                } else if constexpr (POS == 11) {
+                    out = f4_round10(H(-1), H(0), H(1), H(2), H(3), true);
+                } else {
+                    const __m128i j = f2(H(-1), H(0), H(1), H(2));
+                    if constexpr (POS == 10) {
+                        out = _mm_srai_epi16(_mm_add_epi16(j, _mm_set1_epi16(32)), 6);
+                    } else {
+                        constexpr Zan32s ddx = (POS == 7 || POS == 15) ? 1 : 0, ddy = (POS == 13 || POS == 15) ? 1 : 0;
+                        __m128i v = _mm_add_epi16(j, _mm_slli_epi16(load8u16(at(pSrc, srcStep, y + ddy, x0 + ddx)), 6));
+                        v = _mm_srli_epi16(_mm_add_epi16(v, _mm_set1_epi16(10240 + 64)), 7);
+                        out = _mm_subs_epu16(v, _mm_set1_epi16(80));
+                    }
+                }
+                store8(d + x0, out);
+            }
+        }
+    } else if constexpr (POS == 6 || POS == 14) {
+        constexpr Zan32s first = POS == 6 ? -2 : -1;  // first row of the window
+        for (Zan32s x0 = 0; x0 < W; x0 += 8) {
+            __m128i b[5];
+            for (int k = 0; k < 4; ++k) b[k + 1] = brow(pSrc, srcStep, first + k, x0);
+            for (Zan32s y = 0; y < height; ++y) {
+                for (int k = 0; k < 4; ++k) b[k] = b[k + 1];
+                b[4] = brow(pSrc, srcStep, y + first + 4, x0);
+                store8(pDst + static_cast<std::ptrdiff_t>(dstStep) * y + x0,
+                       f4_round10(b[0], b[1], b[2], b[3], b[4], POS == 14));
+            }
+        }
+    } else {
+        for (Zan32s y = 0; y < height; ++y) {
+            Zan8u* d = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
+            for (Zan32s x0 = 0; x0 < W; x0 += 8) store8(d + x0, eight<POS>(pSrc, srcStep, y, x0));
+        }
     }
 }
 
