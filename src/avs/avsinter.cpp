@@ -161,33 +161,31 @@ inline __m128i eight(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x0) {
 }
 
 // Positions that filter across the unrounded vertical half samples (i, j,
-// k and the diagonal quarters) compute those once per row into a small
-// array; f and q keep the five unrounded horizontal half-sample rows they
+// k and the diagonal quarters) compute two vectors of them per 8 outputs
+// and align the rest from those (SSSE3 palignr); f and q keep the five unrounded horizontal half-sample rows they
 // filter down as a rolling window.  The rest work straight from the source.
 constexpr bool across_h(int pos) { return pos == 5 || pos == 7 || pos == 9 || pos == 10 || pos == 11 || pos == 13 || pos == 15; }
 
 template <int W, int POS>
 void luma_sse2(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s height) {
     if constexpr (across_h(POS)) {
-        // hv[i] = the unrounded vertical half sample of column i - 2 (i = 0 ..
-        // W + 4); chunks of 8 overlap at the end so that no column past W + 2
-        // is read.
-        alignas(16) Zan16s hv[W + 8];
         for (Zan32s y = 0; y < height; ++y) {
-            for (Zan32s c = -2; c < W + 3; c += 8) {
-                const Zan32s cc = c + 8 > W + 3 ? W + 3 - 8 : c;
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(hv + cc + 2), hcol(pSrc, srcStep, y, cc));
-            }
             Zan8u* d = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
             for (Zan32s x0 = 0; x0 < W; x0 += 8) {
-                auto H = [&](Zan32s off) { return loadu16(hv + x0 + off + 2); };
+                // Unrounded vertical half samples of columns x0 - 2 .. x0 + 5
+                // and x0 + 3 .. x0 + 10; the columns between come from a byte
+                // alignment of the two (no column past x0 + 10 is read).
+                const __m128i h0 = hcol(pSrc, srcStep, y, x0 - 2), h1 = hcol(pSrc, srcStep, y, x0 + 3);
+                const __m128i hn = _mm_srli_si128(h1, 6);  // columns x0 + 6 .. x0 + 10
+                const __m128i hm1 = _mm_alignr_epi8(hn, h0, 2), hz = _mm_alignr_epi8(hn, h0, 4);
+                const __m128i hp1 = _mm_alignr_epi8(hn, h0, 6), hp2 = _mm_alignr_epi8(hn, h0, 8);
                 __m128i out;
                 if constexpr (POS == 9) {
-                    out = f4_round10(H(-2), H(-1), H(0), H(1), H(2), false);
+                    out = f4_round10(h0, hm1, hz, hp1, hp2, false);
                 } else if constexpr (POS == 11) {
-                    out = f4_round10(H(-1), H(0), H(1), H(2), H(3), true);
+                    out = f4_round10(hm1, hz, hp1, hp2, h1, true);
                 } else {
-                    const __m128i j = f2(H(-1), H(0), H(1), H(2));
+                    const __m128i j = f2(hm1, hz, hp1, hp2);
                     if constexpr (POS == 10) {
                         out = _mm_srai_epi16(_mm_add_epi16(j, _mm_set1_epi16(32)), 6);
                     } else {
