@@ -144,19 +144,19 @@ inline __m128i brow(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x) {
               load8u16(at(s, st, y, x + 2)));
 }
 
-// Eight output samples of a one-dimensional position POS at (y, x0).
-template <int POS>
-inline __m128i eight(const Zan8u* s, Zan32s st, Zan32s y, Zan32s x0) {
-    auto A = [&](Zan32s dy, Zan32s dx) { return load8u16(at(s, st, y + dy, x0 + dx)); };
+// Eight output samples of a one-dimensional position POS; A(dy, dx) gives
+// the eight source samples at that offset as 16-bit lanes.
+template <int POS, class Loader>
+inline __m128i one_d(Loader A) {
+    static_assert(POS == 1 || POS == 2 || POS == 3 || POS == 4 || POS == 8 || POS == 12);
     if constexpr (POS == 1) return f4_round7(A(0, -2), A(0, -1), A(0, 0), A(0, 1), A(0, 2));
     if constexpr (POS == 3) return f4_round7(A(0, 3), A(0, 2), A(0, 1), A(0, 0), A(0, -1));
     if constexpr (POS == 4) return f4_round7(A(-2, 0), A(-1, 0), A(0, 0), A(1, 0), A(2, 0));
     if constexpr (POS == 12) return f4_round7(A(3, 0), A(2, 0), A(1, 0), A(0, 0), A(-1, 0));
     if constexpr (POS == 2)
-        return _mm_srai_epi16(_mm_add_epi16(brow(s, st, y, x0), _mm_set1_epi16(4)), 3);
+        return _mm_srai_epi16(_mm_add_epi16(f2(A(0, -1), A(0, 0), A(0, 1), A(0, 2)), _mm_set1_epi16(4)), 3);
     if constexpr (POS == 8)
-        return _mm_srai_epi16(_mm_add_epi16(hcol(s, st, y, x0), _mm_set1_epi16(4)), 3);
-    static_assert(POS == 1 || POS == 2 || POS == 3 || POS == 4 || POS == 8 || POS == 12);
+        return _mm_srai_epi16(_mm_add_epi16(f2(A(-1, 0), A(0, 0), A(1, 0), A(2, 0)), _mm_set1_epi16(4)), 3);
     return _mm_setzero_si128();
 }
 
@@ -210,10 +210,24 @@ void luma_sse2(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Z
                        f4_round10(b[0], b[1], b[2], b[3], b[4], POS == 14));
             }
         }
+    } else if constexpr (W == 16) {
+        // 16 columns from 16-byte loads (the widest reaches column 18, the
+        // last the filter may read), widened in two halves.
+        const __m128i zero = _mm_setzero_si128();
+        for (Zan32s y = 0; y < height; ++y) {
+            auto lo = [&](Zan32s dy, Zan32s dx) {
+                return _mm_unpacklo_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at(pSrc, srcStep, y + dy, dx))), zero);
+            };
+            auto hi = [&](Zan32s dy, Zan32s dx) {
+                return _mm_unpackhi_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at(pSrc, srcStep, y + dy, dx))), zero);
+            };
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + static_cast<std::ptrdiff_t>(dstStep) * y),
+                             _mm_packus_epi16(one_d<POS>(lo), one_d<POS>(hi)));
+        }
     } else {
         for (Zan32s y = 0; y < height; ++y) {
-            Zan8u* d = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
-            for (Zan32s x0 = 0; x0 < W; x0 += 8) store8(d + x0, eight<POS>(pSrc, srcStep, y, x0));
+            auto A = [&](Zan32s dy, Zan32s dx) { return load8u16(at(pSrc, srcStep, y + dy, dx)); };
+            store8(pDst + static_cast<std::ptrdiff_t>(dstStep) * y, one_d<POS>(A));
         }
     }
 }
