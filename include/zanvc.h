@@ -3188,9 +3188,149 @@ ZanStatus zaniSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Zan16s* pSrcLeftU, Z
 
 /* ==== avsblock: AVS block decoding and reconstruction ==== */
 
+/* AVS (GB/T 20090.2) 8x8 blocks.  Coefficient blocks are 64 Zan16s in
+ * raster order.  Bit-stream cursors are word cursors: *ppBitStream points at
+ * a native 32-bit word (the caller has swapped the stream bytes), and
+ * *pBitOffset numbers the next bit in it, 31 (most significant) down to 0;
+ * one readable word must follow the coded data.  Coefficient cursors
+ * (ppSrcDstCoeff) point at a run of coded blocks, 64 entries each, and move
+ * on by 64 for every block whose bit is set in cbp.  Edge words (edgeType)
+ * have a bit set for each absent neighbour: 1 left, 4 above, 32 above right,
+ * 64 below left; the caller gives the macroblock's bits 1, 4 and 32.  Steps
+ * are in bytes and are not checked. */
+
+/* Decodes one block coded with the 2-D VLC tables of intra luma, inter luma
+ * or chroma: Exp-Golomb codes (order by table: intra 2; inter 3 in the first
+ * table, 2 after; chroma 2, 0, 1, 1, 0 by table) give a code number; below
+ * 59 it names a (run, level) pair of the current table, from 59 on it is an
+ * escape of run (code - 59) >> 1 and sign code & 1 (1 negative) followed by
+ * an Exp-Golomb level of order 1 (luma) or 0 (chroma) that is added to the
+ * base level of that run (1 past the largest run of the current level
+ * limit).  A pair whose run would pass position 63 (also the end-of-block
+ * pair, run 64) ends the block and is dropped; so does a code whose prefix
+ * holds 32 zero bits (the 32 bits are consumed); at most 65 pairs are read.
+ * A kept level above the current limit switches the table.  The block is
+ * cleared and the pairs are placed from the last decoded to the first,
+ * each at scan position (previous + run + 1), through the frame zig-zag
+ * (scan 0) or the field scan (scan 1); levels are stored in 16 bits (low
+ * bits).  *pNumCoeff receives the scan positions used (0 for an empty
+ * block), or 63 when scanType is not 0.  Luma uses bit 0 of scanType as the
+ * scan; chroma takes 0 and 1 (other values act as scanType & 1).  The
+ * cursor moves past the last code read.  Checks: a pointer or *ppBitStream
+ * null: zanStsNullPtr.  No other status: the stream cannot fail. */
+ZanStatus zaniDecodeLumaBlockIntra_AVS_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan32s* pNumCoeff,
+                                             Zan16s* pDstCoeffs, Zan32s scanType);
+ZanStatus zaniDecodeLumaBlockInter_AVS_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan32s* pNumCoeff,
+                                             Zan16s* pDstCoeffs, Zan32s scanType);
+ZanStatus zaniDecodeChromaBlock_AVS_1u16s(Zan32u** ppBitStream, Zan32s* pBitOffset, Zan32s* pNumCoeff,
+                                          Zan16s* pDstCoeffs, Zan32s scanType);
+
+/* Luma macroblock (16x16 at pDst) from four 8x8 blocks in raster order.
+ * Intra: block b is first predicted in place with mode pPredModes[b] & 7
+ * (0 vertical, 1 horizontal, 2 DC, 3 down-left, 4 down-right, 5..7 fill
+ * with 128) and its own edge word (block 0: edgeType without 32; block 1:
+ * edgeType without 1, with 64; block 2: (edgeType & 1) + 64; block 3: 96);
+ * a mode whose neighbours are absent writes nothing and the block keeps its
+ * samples.  Vertical and horizontal copy the neighbours; DC, down-left and
+ * down-right use the neighbours smoothed with (1, 2, 1) / 4 (the corner is
+ * the above-left sample when left is present, else the first above; absent
+ * above right or below left repeat the last sample).  Then, if bit b of cbp
+ * is set, the next coded block is dequantised (c * scale + 2^(shift-1)) >>
+ * shift with the standard's table for QP, saturated to 16 bits,
+ * inverse-transformed with the standard's 8x8 integer transform (rows
+ * first, (x + 4) >> 3 saturated to 16 bits; then columns, (x + 64) >> 7)
+ * and added to the block with the sums clamped to 0..255.  pNumCoeff[b]
+ * selects a shortcut: 1 uses only the DC coefficient, 2..10 only the
+ * top-left 4x4 coefficients, any other value (0 included) the whole block.
+ * Inter: the same without prediction.  Checks: a pointer or *ppSrcDstCoeff
+ * null: zanStsNullPtr; QP above 63 (unsigned): zanStsOutOfRange. */
+ZanStatus zaniReconstructLumaIntra_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pDst, Zan32s dstStep,
+                                                 const Zan32s* pPredModes, const Zan32s* pNumCoeff, Zan32u cbp,
+                                                 Zan32s QP, Zan32u edgeType);
+ZanStatus zaniReconstructLumaInter_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pDst, Zan32s dstStep,
+                                                 const Zan32s* pNumCoeff, Zan32u cbp, Zan32s QP);
+
+/* Chroma 8x8 blocks of U (cbp bit 0, pNumCoeff[0]) then V (bit 1,
+ * pNumCoeff[1]), one dstStep for both.  Intra predicts each with mode
+ * predMode & 3 (0 DC, 1 horizontal, 2 vertical, 3 plane: clamp((a + (x - 3)
+ * b + (y - 3) c + 16) >> 5) with a = 16 (above[7] + left[7]), b = (17 ih +
+ * 16) >> 5, c = (17 iv + 16) >> 5) and edge word edgeType | 64; the residual
+ * is as for luma.  Checks: a pointer or *ppSrcDstCoeff null: zanStsNullPtr;
+ * QP above 51 (unsigned): zanStsOutOfRange. */
+ZanStatus zaniReconstructChromaIntra_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pDstU, Zan8u* pDstV,
+                                                   Zan32s dstStep, Zan32s predMode, const Zan32s* pNumCoeff,
+                                                   Zan32u cbp, Zan32s QP, Zan32u edgeType);
+ZanStatus zaniReconstructChromaInter_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pDstU, Zan8u* pDstV,
+                                                   Zan32s dstStep, const Zan32s* pNumCoeff, Zan32u cbp, Zan32s QP);
+
 /* ==== end of avsblock ==== */
 
 /* ==== avsinter: AVS interpolation, weighting and deblocking ==== */
+
+/* Quarter-sample luma prediction of AVS (GB/T 20090.2) for a block of the
+ * record ZanInterpolateBlockRecord (pSrc[0] the reference plane's sample
+ * (0, 0), sizeFrame its extent, pointBlockPos and pointVector in quarter
+ * samples; pDst[0] the block).  With dx = vector.x & 3, dy = vector.y & 3
+ * and the integer part by arithmetic shift: half samples b, h use
+ * (-1, 5, 5, -1) with (x + 4) >> 3; quarter samples a, d use (-1, -2, 96,
+ * 42, -7) over the samples 2 before to 2 after, c, n the mirror over 1
+ * before to 3 after, (x + 64) >> 7; j is (-1, 5, 5, -1) across the
+ * unrounded vertical half samples, (x + 32) >> 6; f, q apply the quarter
+ * filter (mirror for q) down the unrounded horizontal half samples and i, k
+ * across the unrounded vertical ones, (x + 512) >> 10; e, g, p, r are
+ * (j unrounded + 64 D + 64) >> 7 with D the integer sample at (0, 0),
+ * (1, 0), (0, 1), (1, 1); all clamped to 0..255.  Width 8 runs the 8-wide
+ * kernels, a width with bit 16 set the 16-wide ones.  A zero vector copies
+ * from pointBlockPos with no boundary test.  Otherwise the region read
+ * (2 columns before and 5 more when dx is not 0, the same for rows) is
+ * tested against the frame; when it leaves the frame it is read through the
+ * boundary (each position outside taking the nearest plane sample, as the
+ * H.264 block forms do) and the result equals that of an endlessly padded
+ * plane.  Checks: record, pSrc[0] or pDst[0] null: zanStsNullPtr; height
+ * not a multiple of 8 or width with a bit other than 8 and 16 set:
+ * zanStsSizeBad.  A width or height of 0 does nothing. */
+ZanStatus zaniInterpolateLumaBlock_AVS_8u_P1R(const ZanInterpolateBlockRecord* pInfo);
+
+/* Weighted prediction: pDst = clamp to 0..255 of (((s * scale + 16) >> 5)
+ * + shift), in wrapping 32-bit arithmetic.  A width with bit 16 set writes
+ * 16 samples a row, any other (4 and 0 included) 8 samples a row, so the
+ * destination must have room for 8; roiSize.height rows.  Checks: pSrc or
+ * pDst null: zanStsNullPtr; height not a multiple of 4 or width with a bit
+ * other than 4, 8, 16 set: zanStsSizeBad.  Steps are not checked. */
+ZanStatus zaniWeightPrediction_AVS_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                          Zan32s scale, Zan32s shift, ZaniSize roiSize);
+
+/* Loop filter of AVS on one macroblock's edges, in place.  The record is
+ * ZanDeblockingRecord without bitDepth: pSrcDstPlane is the macroblock's
+ * (luma) or the 8x8 block's (chroma) first sample, srcDstStep its row step
+ * in bytes; pAlpha, pBeta and pThresholds are Zan8u pairs (element 0 the
+ * outer edge at 0, element 1 the inner edge at 8; chroma reads element 0);
+ * pThresholds holds the clip value C of the normal filter.  pBS holds one
+ * 4-byte group per edge (bytes 0..3 the outer edge, 4..7 the inner one for
+ * luma; bytes 0..3 for chroma): the strength (0, 1, 2) of the first segment
+ * (samples 0..7 of a luma edge, 0..3 of a chroma edge) in its byte 0 and of
+ * the second (8..15, 4..7) in its byte 2; bytes 1 and 3 are 0.  An edge
+ * whose group (read as one 32-bit little-endian word) is 0 is left alone;
+ * a group equal to 0x20002 (both strengths 2) takes the strong filter on
+ * the whole edge; any other group takes the normal filter on the segments
+ * whose strength byte is not 0.  Luma filters the outer edge, then the
+ * inner one.  Across the edge the samples are p2 p1 p0 | q0 q1 q2 (q0 the
+ * first sample at or after the edge); a line is filtered only when
+ * |p0 - q0| < alpha, |p1 - p0| < beta and |q1 - q0| < beta.  Luma strong:
+ * with s = p0 + q0 + 2, p0' = (p1 + p0 + s) >> 2 and p1' = (2 p1 + s) >> 2
+ * when |p2 - p0| < beta and |p0 - q0| < (alpha >> 2) + 2, otherwise only
+ * p0' = (2 p1 + s) >> 2; q the same.  Luma normal: d = clip(-C, C, (3 (q0 -
+ * p0) + p1 - q1 + 4) >> 3), p0' = clamp(p0 + d), q0' = clamp(q0 - d); then
+ * when |p2 - p0| < beta, p1' = clamp(p1 + clip(-C, C, (3 (p0' - p1) + p2 -
+ * q0' + 4) >> 3)), and when |q2 - q0| < beta, q1' = clamp(q1 - clip(-C, C,
+ * (3 (q1 - q0') + p0' - q2 + 4) >> 3)).  Chroma strong: p0' = (2 p1 + p0 +
+ * q0 + 2) >> 2, q0' = (2 q1 + p0 + q0 + 2) >> 2; chroma normal: p0', q0' as
+ * the luma normal filter.  Clamps are to 0..255.  Checks: the record or
+ * any of its pointers null: zanStsNullPtr; nothing else. */
+ZanStatus zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma_VerEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
+ZanStatus zaniFilterDeblockingChroma_HorEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 
 /* ==== end of avsinter ==== */
 

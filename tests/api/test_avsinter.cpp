@@ -1,0 +1,264 @@
+// AVS interpolation, weighting and loop filter through the exported
+// functions: a separable model of the standard's quarter-sample filters on
+// an endlessly padded plane against the block function at random
+// positions and vectors (inside, across and far outside the frame); a plain
+// model of the loop-filter formulas; weighting known answers; statuses.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "zanvc.h"
+
+namespace {
+
+// ---------------------------------------------------------- interpolation
+
+struct Plane {
+    int w, h, step;
+    std::vector<Zan8u> s;
+    Plane(int w_, int h_, std::mt19937& rng) : w(w_), h(h_), step(w_ + 7), s(static_cast<size_t>(step * h_)) {
+        for (auto& v : s) v = static_cast<Zan8u>(rng());
+    }
+    // Endless padding: the nearest plane sample.
+    int at(int y, int x) const { return s[static_cast<size_t>(std::clamp(y, 0, h - 1) * step + std::clamp(x, 0, w - 1))]; }
+};
+
+// 1-D filters of a fraction: taps from offset `first`, and their scale.
+struct Taps {
+    int first;
+    std::vector<int> t;
+    int scale;
+};
+Taps taps_of(int f) {
+    switch (f) {
+        case 0: return {0, {1}, 1};
+        case 1: return {-2, {-1, -2, 96, 42, -7}, 128};
+        case 2: return {-1, {-1, 5, 5, -1}, 8};
+        default: return {-1, {-7, 42, 96, -2, -1}, 128};
+    }
+}
+
+int model_sample(const Plane& p, int y, int x, int dx, int dy) {
+    auto sep = [&](int fx, int fy, int yy, int xx) {
+        const Taps tx = taps_of(fx), ty = taps_of(fy);
+        long long s = 0;
+        for (size_t i = 0; i < ty.t.size(); ++i)
+            for (size_t k = 0; k < tx.t.size(); ++k)
+                s += static_cast<long long>(ty.t[i]) * tx.t[k] * p.at(yy + ty.first + static_cast<int>(i), xx + tx.first + static_cast<int>(k));
+        return s;
+    };
+    long long v;
+    int scale;
+    if (dx % 2 == 1 && dy % 2 == 1) {
+        // The four diagonal quarter positions: the mean of j and the nearest
+        // integer sample.
+        const int ny = y + (dy == 3 ? 1 : 0), nx = x + (dx == 3 ? 1 : 0);
+        v = sep(2, 2, y, x) + 64LL * p.at(ny, nx);
+        scale = 128;
+    } else {
+        v = sep(dx, dy, y, x);
+        scale = taps_of(dx).scale * taps_of(dy).scale;
+    }
+    if (scale == 1) return static_cast<int>(v);
+    const long long r = (v + scale / 2) >> __builtin_ctz(static_cast<unsigned>(scale));
+    return static_cast<int>(std::clamp<long long>(r, 0, 255));
+}
+
+TEST(AvsInter, InterpolationAgreesWithTheSeparableModel) {
+    std::mt19937 rng(11);
+    for (int draw = 0; draw < 1500; ++draw) {
+        Plane p(24 + static_cast<int>(rng() % 40), 24 + static_cast<int>(rng() % 40), rng);
+        const int w = rng() % 2 ? 16 : 8, h = 8 * (1 + static_cast<int>(rng() % 3));
+        std::vector<Zan8u> out(static_cast<size_t>(24 * h), 0xCC);
+        ZanInterpolateBlockRecord r{};
+        r.pSrc[0] = p.s.data();
+        r.srcStep = p.step;
+        r.pDst[0] = out.data();
+        r.dstStep = 24;
+        r.sizeFrame = {p.w, p.h};
+        r.sizeBlock = {w, h};
+        // Positions inside the frame; vectors small, across the edges, or far.
+        r.pointBlockPos = {static_cast<int>(rng() % static_cast<unsigned>(p.w - w + 1)) & ~3,
+                           static_cast<int>(rng() % static_cast<unsigned>(p.h - h + 1)) & ~3};
+        const int range = draw % 5 == 0 ? 600 : draw % 5 == 1 ? 160 : 40;
+        r.pointVector = {static_cast<int>(rng() % static_cast<unsigned>(2 * range + 1)) - range,
+                         static_cast<int>(rng() % static_cast<unsigned>(2 * range + 1)) - range};
+        if (draw % 17 == 0) r.pointVector = {0, 0};
+        ASSERT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(&r), zanStsOk);
+        const int dx = r.pointVector.x & 3, dy = r.pointVector.y & 3;
+        const int ix = r.pointBlockPos.x + (r.pointVector.x >> 2), iy = r.pointBlockPos.y + (r.pointVector.y >> 2);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < 24; ++x) {
+                const int want = x < w ? model_sample(p, iy + y, ix + x, dx, dy) : 0xCC;
+                ASSERT_EQ(out[static_cast<size_t>(y * 24 + x)], want)
+                    << "draw " << draw << " vector " << r.pointVector.x << "," << r.pointVector.y << " at " << y << "," << x;
+            }
+    }
+}
+
+TEST(AvsInter, InterpolationQuirksAndStatuses) {
+    std::mt19937 rng(12);
+    Plane p(32, 32, rng);
+    Zan8u out[16 * 16];
+    ZanInterpolateBlockRecord r{};
+    r.pSrc[0] = p.s.data();
+    r.srcStep = p.step;
+    r.pDst[0] = out;
+    r.dstStep = 16;
+    r.sizeFrame = {32, 32};
+    r.sizeBlock = {8, 8};
+    // Far to the top-left: every sample is the plane's first.
+    r.pointBlockPos = {0, 0};
+    r.pointVector = {-4000 + 1, -4000 + 2};
+    ASSERT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(&r), zanStsOk);
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) EXPECT_EQ(out[y * 16 + x], p.s[0]);
+    // Statuses.
+    EXPECT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(nullptr), zanStsNullPtr);
+    r.sizeBlock = {4, 8};
+    EXPECT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(&r), zanStsSizeBad);
+    r.sizeBlock = {12, 8};
+    EXPECT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(&r), zanStsSizeBad);
+    r.sizeBlock = {8, 4};
+    EXPECT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(&r), zanStsSizeBad);
+    r.pDst[0] = nullptr;
+    EXPECT_EQ(zaniInterpolateLumaBlock_AVS_8u_P1R(&r), zanStsNullPtr);  // null beats the size
+}
+
+// ---------------------------------------------------------------- weighting
+
+TEST(AvsInter, WeightKnownAnswers) {
+    Zan8u src[4 * 16], dst[4 * 16];
+    for (int i = 0; i < 64; ++i) src[i] = static_cast<Zan8u>(i * 4);
+    // scale 32, shift 0: the samples themselves.
+    ASSERT_EQ(zaniWeightPrediction_AVS_8u_C1R(src, 16, dst, 16, 32, 0, {16, 4}), zanStsOk);
+    EXPECT_EQ(std::memcmp(src, dst, sizeof src), 0);
+    // scale 48 (1.5), shift -10, saturating at both ends.
+    ASSERT_EQ(zaniWeightPrediction_AVS_8u_C1R(src, 16, dst, 16, 48, -10, {16, 4}), zanStsOk);
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(dst[i], std::clamp(((src[i] * 48 + 16) >> 5) - 10, 0, 255)) << i;
+    // Width 4 writes 8 samples a row; the rest of the row stays.
+    std::memset(dst, 0xEE, sizeof dst);
+    ASSERT_EQ(zaniWeightPrediction_AVS_8u_C1R(src, 16, dst, 16, 32, 1, {4, 4}), zanStsOk);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 16; ++x) EXPECT_EQ(dst[y * 16 + x], x < 8 ? std::min(src[y * 16 + x] + 1, 255) : 0xEE);
+    // Statuses.
+    EXPECT_EQ(zaniWeightPrediction_AVS_8u_C1R(nullptr, 16, dst, 16, 32, 0, {3, 3}), zanStsNullPtr);
+    EXPECT_EQ(zaniWeightPrediction_AVS_8u_C1R(src, 16, dst, 16, 32, 0, {2, 4}), zanStsSizeBad);
+    EXPECT_EQ(zaniWeightPrediction_AVS_8u_C1R(src, 16, dst, 16, 32, 0, {8, 6}), zanStsSizeBad);
+}
+
+// ------------------------------------------------------------- loop filter
+
+// Plain model of one line of the standard's loop filter.
+void model_line(int* v /* p2 p1 p0 q0 q1 q2 */, int alpha, int beta, int c, int bs, bool luma) {
+    int p2 = v[0], p1 = v[1], p0 = v[2], q0 = v[3], q1 = v[4], q2 = v[5];
+    if (!(std::abs(p0 - q0) < alpha && std::abs(p1 - p0) < beta && std::abs(q1 - q0) < beta)) return;
+    if (bs == 2) {
+        if (luma && std::abs(p2 - p0) < beta && std::abs(p0 - q0) < (alpha >> 2) + 2) {
+            v[2] = (p1 + 2 * p0 + q0 + 2) >> 2;
+            v[1] = (2 * p1 + p0 + q0 + 2) >> 2;
+        } else {
+            v[2] = (2 * p1 + p0 + q0 + 2) >> 2;
+        }
+        if (luma && std::abs(q2 - q0) < beta && std::abs(p0 - q0) < (alpha >> 2) + 2) {
+            v[3] = (q1 + 2 * q0 + p0 + 2) >> 2;
+            v[4] = (2 * q1 + p0 + q0 + 2) >> 2;
+        } else {
+            v[3] = (2 * q1 + p0 + q0 + 2) >> 2;
+        }
+        return;
+    }
+    const int d = std::clamp((3 * (q0 - p0) + p1 - q1 + 4) >> 3, -c, c);
+    v[2] = std::clamp(p0 + d, 0, 255);
+    v[3] = std::clamp(q0 - d, 0, 255);
+    if (!luma) return;
+    if (std::abs(p2 - p0) < beta) v[1] = std::clamp(p1 + std::clamp((3 * (v[2] - p1) + p2 - v[3] + 4) >> 3, -c, c), 0, 255);
+    if (std::abs(q2 - q0) < beta) v[4] = std::clamp(q1 - std::clamp((3 * (q1 - v[3]) + v[2] - q2 + 4) >> 3, -c, c), 0, 255);
+}
+
+TEST(AvsInter, LoopFilterAgreesWithTheModel) {
+    std::mt19937 rng(13);
+    for (int draw = 0; draw < 3000; ++draw) {
+        const int kind = draw % 4;  // luma ver, luma hor, chroma ver, chroma hor
+        const bool luma = kind < 2, ver = kind % 2 == 0;
+        const int n = luma ? 16 : 8;
+        Zan8u pic[32 * 32];
+        const int base = static_cast<int>(rng() % 256), jump = static_cast<int>(rng() % 41) - 20;
+        for (int i = 0; i < 32 * 32; ++i)
+            pic[i] = static_cast<Zan8u>(std::clamp(base + ((ver ? i % 32 : i / 32) >= 8 ? jump : 0) +
+                                                       static_cast<int>(rng() % 7) - 3, 0, 255));
+        int model[32 * 32];
+        for (int i = 0; i < 32 * 32; ++i) model[i] = pic[i];
+        Zan8u alpha[2] = {static_cast<Zan8u>(rng() % 65), static_cast<Zan8u>(rng() % 65)};
+        Zan8u beta[2] = {static_cast<Zan8u>(rng() % 28), static_cast<Zan8u>(rng() % 28)};
+        Zan8u thr[2] = {static_cast<Zan8u>(rng() % 10), static_cast<Zan8u>(rng() % 10)};
+        Zan8u bs[8] = {static_cast<Zan8u>(rng() % 3), 0, static_cast<Zan8u>(rng() % 3), 0,
+                       static_cast<Zan8u>(rng() % 3), 0, static_cast<Zan8u>(rng() % 3), 0};
+        const int edges = luma ? 2 : 1;
+        for (int e = 0; e < edges; ++e) {
+            const Zan8u* g = bs + 4 * e;
+            if (!g[0] && !g[2]) continue;
+            const bool strong = g[0] == 2 && g[2] == 2;
+            for (int i = 0; i < n; ++i) {
+                const int s = strong ? 2 : (g[i < n / 2 ? 0 : 2] ? 1 : 0);
+                if (!s) continue;
+                int v[6];
+                for (int k = 0; k < 6; ++k) {
+                    const int a = 8 + 8 * e + k - 3;
+                    v[k] = ver ? model[(8 + i) * 32 + a] : model[a * 32 + 8 + i];
+                }
+                model_line(v, alpha[e], beta[e], thr[e], s, luma);
+                for (int k = 0; k < 6; ++k) {
+                    const int a = 8 + 8 * e + k - 3;
+                    (ver ? model[(8 + i) * 32 + a] : model[a * 32 + 8 + i]) = v[k];
+                }
+            }
+        }
+        ZanDeblockingRecord r{&pic[8 * 32 + 8], 32, alpha, beta, thr, bs, 8};
+        ZanStatus st = kind == 0 ? zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(&r)
+                       : kind == 1 ? zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(&r)
+                       : kind == 2 ? zaniFilterDeblockingChroma_VerEdge_AVS_8u_C1IR(&r)
+                                   : zaniFilterDeblockingChroma_HorEdge_AVS_8u_C1IR(&r);
+        ASSERT_EQ(st, zanStsOk);
+        for (int i = 0; i < 32 * 32; ++i) ASSERT_EQ(pic[i], model[i]) << "draw " << draw << " kind " << kind << " at " << i;
+    }
+}
+
+TEST(AvsInter, LoopFilterKnownAnswersAndStatuses) {
+    // A luma vertical edge, strong on both segments: rows of 10 10 10 | 20 20 20.
+    Zan8u pic[16 * 32];
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 32; ++x) pic[y * 32 + x] = static_cast<Zan8u>(x < 8 ? 10 : 20);
+    Zan8u keep[16 * 32];
+    std::memcpy(keep, pic, sizeof pic);
+    Zan8u alpha[2] = {20, 20}, beta[2] = {5, 5}, thr[2] = {3, 3};
+    Zan8u bs[8] = {2, 0, 2, 0, 0, 0, 0, 0};
+    ZanDeblockingRecord r{&pic[8], 32, alpha, beta, thr, bs, 0};
+    ASSERT_EQ(zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(&r), zanStsOk);
+    // |p0 - q0| = 10 is not below (20 >> 2) + 2 = 7: p0' = (2*10 + 10 + 20 + 2) >> 2 = 13, q0' = (40 + 32) >> 2 = 18.
+    for (int y = 0; y < 16; ++y) {
+        EXPECT_EQ(pic[y * 32 + 7], 13);
+        EXPECT_EQ(pic[y * 32 + 8], 18);
+        EXPECT_EQ(pic[y * 32 + 6], 10);
+        EXPECT_EQ(pic[y * 32 + 9], 20);
+    }
+    // All strengths zero: nothing changes.
+    std::memcpy(pic, keep, sizeof pic);
+    Zan8u none[8] = {};
+    r.pBS = none;
+    ASSERT_EQ(zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(&r), zanStsOk);
+    ASSERT_EQ(zaniFilterDeblockingChroma_VerEdge_AVS_8u_C1IR(&r), zanStsOk);
+    EXPECT_EQ(std::memcmp(pic, keep, sizeof pic), 0);
+    // Statuses: the record or any pointer in it.
+    EXPECT_EQ(zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(nullptr), zanStsNullPtr);
+    r.pThresholds = nullptr;
+    EXPECT_EQ(zaniFilterDeblockingChroma_HorEdge_AVS_8u_C1IR(&r), zanStsNullPtr);
+    r.pThresholds = thr;
+    r.pBS = nullptr;
+    EXPECT_EQ(zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(&r), zanStsNullPtr);
+}
+
+}  // namespace
