@@ -1,6 +1,9 @@
-// zanvc-h263dec: decodes a baseline H.263 stream (I and P pictures, the
-// picture, group-of-blocks and macroblock layers) to raw yuv420p pictures,
-// using only the public zanvc interface.
+// zanvc-h263dec: decodes an H.263 stream (I and P pictures, the picture,
+// group-of-blocks and macroblock layers) to raw yuv420p pictures, using only
+// the public zanvc interface.  Beyond the baseline it reads the extended
+// picture type of H.263 version 2 (standard sizes, rounding type, the
+// slice structured mode with slices that start a row of macroblocks) and the
+// deblocking filter mode (filters263).
 //
 // The library does the block work: coefficient decoding (coefdec), inverse
 // quantisation (quant263), the inverse DCT (dct) and half-sample motion
@@ -166,6 +169,8 @@ private:
     bool parse_header(Bits& b, std::string& err);
     bool decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::string& err);
     bool read_mvd(Bits& b, int& v);
+    void deblock();
+    int edge_qp(std::size_t a, std::size_t b) const;
     bool intra_block(Bits& b, bool coded, std::uint8_t* dst, int step, std::string& err);
     bool inter_block(Bits& b, std::uint8_t* dst, int step, std::string& err);
 
@@ -176,8 +181,15 @@ private:
     bool have_ref_ = false;
     int quant_ = 1;
     int count_ = 0;
+    int rounding_ = 0;        // RTYPE: 1 rounds half-sample averages down
+    int plus_fmt_ = 0;        // source format of the last PLUSPTYPE with OPPTYPE
+    bool custom_pcf_ = false; // custom picture clock: CPCFC and ETR are present
+    bool deblock_ = false;    // deblocking filter mode
+    bool slices_ = false;     // slice structured mode
+    int mba_bits_ = 0;        // length of a slice header's macroblock address
+    std::vector<std::uint8_t> mbq_;   // quantiser of each macroblock
+    std::vector<std::uint8_t> coded_; // 1 for a macroblock with COD 0
     std::vector<Mv> mvs_;     // vector of each macroblock of this picture
-    std::vector<int> gob_top_; // per macroblock row: 1 when it starts a GOB with a header
 };
 
 bool Decoder::parse_header(Bits& b, std::string& err) {
@@ -198,28 +210,85 @@ bool Decoder::parse_header(Bits& b, std::string& err) {
     int fmt = static_cast<int>(b.get(3));
     static const int kW[] = {0, 128, 176, 352, 704, 1408};
     static const int kH[] = {0, 96, 144, 288, 576, 1152};
-    if (fmt == 7) {
-        err = "extended picture type (H.263 version 2 and later) is not supported";
-        return false;
-    }
-    if (fmt < 1 || fmt > 5) {
-        err = "forbidden source format " + std::to_string(fmt);
-        return false;
-    }
-    intra_pic_ = b.get(1) == 0;
-    int umv = b.get(1), sac = b.get(1), ap = b.get(1), pb = b.get(1);
-    if (umv || sac || ap || pb) {
-        err = std::string("optional mode not supported:") + (umv ? " unrestricted vectors" : "") +
-              (sac ? " arithmetic coding" : "") + (ap ? " advanced prediction" : "") + (pb ? " PB-frames" : "");
-        return false;
+    rounding_ = 0;
+    bool plus = fmt == 7;
+    if (plus) {
+        // PLUSPTYPE: UFEP, the optional part (OPPTYPE) when UFEP is 1, then
+        // the mandatory part (MPPTYPE).
+        int ufep = static_cast<int>(b.get(3));
+        if (ufep == 1) {
+            fmt = static_cast<int>(b.get(3));
+            custom_pcf_ = b.get(1) != 0;
+            int umv = b.get(1), sac = b.get(1), ap = b.get(1), aic = b.get(1);
+            deblock_ = b.get(1) != 0;
+            slices_ = b.get(1) != 0;
+            int rps = b.get(1), isd = b.get(1), aiv = b.get(1), mq = b.get(1);
+            if (b.get(4) != 8) {
+                err = "bad OPPTYPE marker bits";
+                return false;
+            }
+            if (umv || sac || ap || aic || rps || isd || aiv || mq) {
+                err = std::string("optional mode not supported:") + (umv ? " unrestricted vectors" : "") +
+                      (sac ? " arithmetic coding" : "") + (ap ? " advanced prediction" : "") +
+                      (aic ? " advanced intra coding" : "") + (rps ? " reference picture selection" : "") +
+                      (isd ? " independent segments" : "") + (aiv ? " alternative inter VLC" : "") +
+                      (mq ? " modified quantisation" : "");
+                return false;
+            }
+            if (fmt < 1 || fmt > 5) {
+                err = fmt == 6 ? "custom picture format is not supported"
+                               : "forbidden source format " + std::to_string(fmt);
+                return false;
+            }
+            plus_fmt_ = fmt;
+        } else if (ufep == 0 && plus_fmt_ != 0) {
+            fmt = plus_fmt_;
+        } else {
+            err = "bad UFEP " + std::to_string(ufep);
+            return false;
+        }
+        int ptype = static_cast<int>(b.get(3));
+        int rpr = b.get(1), rru = b.get(1);
+        rounding_ = static_cast<int>(b.get(1));
+        if (b.get(3) != 1) {
+            err = "bad MPPTYPE marker bits";
+            return false;
+        }
+        if (ptype > 1 || rpr || rru) {
+            err = "picture type " + std::to_string(ptype) + (rpr ? " with resampling" : "") +
+                  (rru ? " with reduced resolution" : "") + " is not supported";
+            return false;
+        }
+        intra_pic_ = ptype == 0;
+        if (b.get(1)) b.skip(2);  // CPM, PSBI
+        if (custom_pcf_) {
+            b.skip(8);  // CPCFC
+            b.skip(2);  // ETR
+        }
+        if (slices_) b.skip(2);  // SSS
+    } else {
+        if (fmt < 1 || fmt > 5) {
+            err = "forbidden source format " + std::to_string(fmt);
+            return false;
+        }
+        intra_pic_ = b.get(1) == 0;
+        int umv = b.get(1), sac = b.get(1), ap = b.get(1), pb = b.get(1);
+        if (umv || sac || ap || pb) {
+            err = std::string("optional mode not supported:") + (umv ? " unrestricted vectors" : "") +
+                  (sac ? " arithmetic coding" : "") + (ap ? " advanced prediction" : "") + (pb ? " PB-frames" : "");
+            return false;
+        }
+        deblock_ = false;
+        slices_ = false;
+        plus_fmt_ = 0;
     }
     quant_ = static_cast<int>(b.get(5));
     if (quant_ == 0) {
         err = "PQUANT 0";
         return false;
     }
-    if (b.get(1)) b.skip(2);  // CPM, PSBI
-    while (b.get(1)) {        // PEI, PSPARE
+    if (!plus && b.get(1)) b.skip(2);  // CPM, PSBI
+    while (b.get(1)) {                  // PEI, PSPARE
         b.skip(8);
         if (b.overrun()) break;
     }
@@ -337,8 +406,10 @@ bool Decoder::inter_block(Bits& b, std::uint8_t* dst, int step, std::string& err
 bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::string& err) {
     Picture& cur = pic_[cur_];
     Picture& ref = pic_[cur_ ^ 1];
-    Mv& mv = mvs_[static_cast<std::size_t>(mby) * mbw_ + mbx];
+    std::size_t mbi = static_cast<std::size_t>(mby) * mbw_ + mbx;
+    Mv& mv = mvs_[mbi];
     mv = Mv{};
+    coded_[mbi] = 0;
     int type = 3, cbpc = 0;
     bool coded = true;
     for (;;) {
@@ -363,11 +434,13 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::str
     std::uint8_t* cbdst = cur.cb.at(8 * mbx, 8 * mby);
     std::uint8_t* crdst = cur.cr.at(8 * mbx, 8 * mby);
     if (!coded) {
+        mbq_[mbi] = static_cast<std::uint8_t>(quant_);
         zaniCopy16x16_8u_C1R(ref.y.at(16 * mbx, 16 * mby), ref.y.stride, ydst, cur.y.stride);
         zaniCopy8x8_8u_C1R(ref.cb.at(8 * mbx, 8 * mby), ref.cb.stride, cbdst, cur.cb.stride);
         zaniCopy8x8_8u_C1R(ref.cr.at(8 * mbx, 8 * mby), ref.cr.stride, crdst, cur.cr.stride);
         return true;
     }
+    coded_[mbi] = 1;
     if (type == 2) {
         err = "four-vector macroblock outside advanced prediction mode";
         return false;
@@ -385,6 +458,7 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::str
         if (quant_ < 1) quant_ = 1;
         if (quant_ > 31) quant_ = 31;
     }
+    mbq_[mbi] = static_cast<std::uint8_t>(quant_);
     int cbp = (cbpy << 2) | cbpc;  // bit 5 block 0 ... bit 0 block 5
     if (intra) {
         for (int k = 0; k < 4; ++k)
@@ -419,13 +493,13 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::str
     // quarter positions moved to the half position.
     int acc = (mv.x & 1) | ((mv.y & 1) << 1);
     zaniCopy16x16HP_8u_C1R(ref.y.at(16 * mbx + (mv.x >> 1), 16 * mby + (mv.y >> 1)), ref.y.stride, ydst,
-                           cur.y.stride, acc, 0);
+                           cur.y.stride, acc, rounding_);
     int cx = (mv.x >> 1) | (mv.x & 1), cy = (mv.y >> 1) | (mv.y & 1);
     int cacc = (cx & 1) | ((cy & 1) << 1);
     zaniCopy8x8HP_8u_C1R(ref.cb.at(8 * mbx + (cx >> 1), 8 * mby + (cy >> 1)), ref.cb.stride, cbdst, cur.cb.stride,
-                         cacc, 0);
+                         cacc, rounding_);
     zaniCopy8x8HP_8u_C1R(ref.cr.at(8 * mbx + (cx >> 1), 8 * mby + (cy >> 1)), ref.cr.stride, crdst, cur.cr.stride,
-                         cacc, 0);
+                         cacc, rounding_);
     for (int k = 0; k < 4; ++k)
         if ((cbp >> (5 - k)) & 1)
             if (!inter_block(b, ydst + 8 * (k & 1) + 8 * (k >> 1) * cur.y.stride, cur.y.stride, err)) return false;
@@ -434,10 +508,70 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::str
     return true;
 }
 
+// The quantiser for the edge between the blocks of macroblocks a (above or
+// left) and b (below or right): b's when b is coded, else a's; 0 when
+// neither is coded, in which case the edge is left alone.
+int Decoder::edge_qp(std::size_t a, std::size_t b) const {
+    if (coded_[b]) return mbq_[b];
+    if (coded_[a]) return mbq_[a];
+    return 0;
+}
+
+// Deblocking filter mode: every 8x8 block edge inside the picture, luma and
+// chroma, is filtered in the reconstructed picture, which then serves as the
+// reference.  Horizontal edges first, then vertical ones.
+void Decoder::deblock() {
+    Picture& cur = pic_[cur_];
+    std::size_t w = static_cast<std::size_t>(mbw_);
+    for (int pass = 0; pass < 2; ++pass) {
+        bool hor = pass == 0;
+        for (int by = 0; by < 2 * mbh_; ++by)
+            for (int bx = 0; bx < 2 * mbw_; ++bx) {
+                if (hor ? by == 0 : bx == 0) continue;
+                std::size_t mb = static_cast<std::size_t>(by / 2) * w + static_cast<std::size_t>(bx / 2);
+                std::size_t mbn = hor ? static_cast<std::size_t>((by - 1) / 2) * w + static_cast<std::size_t>(bx / 2)
+                                      : static_cast<std::size_t>(by / 2) * w + static_cast<std::size_t>((bx - 1) / 2);
+                int qp = edge_qp(mbn, mb);
+                if (qp == 0) continue;
+                Zan8u* p = cur.y.at(8 * bx, 8 * by);
+                if (hor)
+                    zaniFilterDeblocking8x8HorEdge_H263_8u_C1IR(p, cur.y.stride, qp);
+                else
+                    zaniFilterDeblocking8x8VerEdge_H263_8u_C1IR(p, cur.y.stride, qp);
+            }
+        for (int by = 0; by < mbh_; ++by)
+            for (int bx = 0; bx < mbw_; ++bx) {
+                if (hor ? by == 0 : bx == 0) continue;
+                std::size_t mb = static_cast<std::size_t>(by) * w + static_cast<std::size_t>(bx);
+                std::size_t mbn = hor ? mb - w : mb - 1;
+                int qp = edge_qp(mbn, mb);
+                if (qp == 0) continue;
+                for (Plane* c : {&cur.cb, &cur.cr}) {
+                    Zan8u* p = c->at(8 * bx, 8 * by);
+                    if (hor)
+                        zaniFilterDeblocking8x8HorEdge_H263_8u_C1IR(p, c->stride, qp);
+                    else
+                        zaniFilterDeblocking8x8VerEdge_H263_8u_C1IR(p, c->stride, qp);
+                }
+            }
+    }
+}
+
 bool Decoder::decode_picture(Bits& b, std::string& err) {
     if (!parse_header(b, err)) return false;
     cur_ ^= 1;
     mvs_.assign(static_cast<std::size_t>(mbw_) * mbh_, Mv{});
+    mbq_.assign(mvs_.size(), 0);
+    if (slices_) {
+        // Slice structured mode: the first slice's header is only its
+        // macroblock address (0) between emulation-prevention 1 bits.
+        mba_bits_ = mvs_.size() <= 48 ? 6 : mvs_.size() <= 99 ? 7 : mvs_.size() <= 396 ? 9 : mvs_.size() <= 1584 ? 11 : 13;
+        if (b.get(1) != 1 || b.get(mba_bits_) != 0 || (mba_bits_ > 9 && b.get(1) != 1) || b.get(1) != 1) {
+            err = "bad first slice header";
+            return false;
+        }
+    }
+    coded_.assign(mvs_.size(), 0);
     int gobs = mbh_ / rows_per_gob_;
     for (int gob = 0; gob < gobs; ++gob) {
         bool header = false;
@@ -446,7 +580,23 @@ bool Decoder::decode_picture(Bits& b, std::string& err) {
             std::size_t save = b.pos;
             std::size_t aligned = (b.pos + 7) & ~std::size_t{7};
             if (aligned != b.pos && b.peek(static_cast<int>(aligned - b.pos)) == 0) b.pos = aligned;
-            if (b.peek(17) == 1) {
+            if (b.peek(17) == 1 && slices_) {
+                // Slice header: SSC, SEPB1, MBA, SEPB2 (long addresses only),
+                // SQUANT, SEPB3, GFID.  Only slices that start a row of
+                // macroblocks are handled.
+                b.skip(17);
+                int mba = -1;
+                if (b.get(1) == 1) mba = static_cast<int>(b.get(mba_bits_));
+                if (mba_bits_ > 9 && b.get(1) != 1) mba = -1;
+                quant_ = static_cast<int>(b.get(5));
+                if (b.get(1) != 1) mba = -1;
+                b.skip(2);
+                if (mba != gob * rows_per_gob_ * mbw_ || quant_ == 0) {
+                    err = "unsupported or bad slice header (address " + std::to_string(mba) + ")";
+                    return false;
+                }
+                header = true;
+            } else if (b.peek(17) == 1) {
                 b.skip(17);
                 int gn = static_cast<int>(b.get(5));
                 if (gn != gob) {
@@ -479,6 +629,7 @@ bool Decoder::decode_picture(Bits& b, std::string& err) {
         }
     }
     Picture& cur = pic_[cur_];
+    if (deblock_) deblock();
     cur.y.extend();
     cur.cb.extend();
     cur.cr.extend();

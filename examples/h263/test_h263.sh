@@ -1,7 +1,8 @@
 #!/bin/sh
-# Compares zanvc-h263dec with ffmpeg's own decoding of baseline H.263 streams
-# that ffmpeg encodes (QCIF and CIF, I and P pictures, several quantisers,
-# with and without GOB headers).  The two decoders use different inverse
+# Compares zanvc-h263dec with ffmpeg's own decoding of H.263 streams that
+# ffmpeg encodes (QCIF and CIF, I and P pictures, several quantisers, with and
+# without GOB headers; H.263 version 2 streams with slices, alternating
+# rounding and the deblocking filter).  The two decoders use different inverse
 # DCTs, so pictures are not byte-identical: every picture must reach a high
 # PSNR against ffmpeg's and a mean absolute difference below 0.5.  Then
 # truncated and damaged streams must be refused with a message or decoded,
@@ -50,13 +51,15 @@ PY
 }
 
 # run NAME SOURCE WIDTH HEIGHT FRAMES QUANTISER [extra encoder options]
-# (QUANTISER "-" leaves the quantiser to the encoder's rate control)
+# (QUANTISER "-" leaves the quantiser to the encoder's rate control; the
+# encoder is h263, or $codec when set)
 run() {
     name=$1 src=$2 w=$3 h=$4 frames=$5 q=$6
     shift 6
+    set -- -c:v "${codec:-h263}" "$@"
     [ "$q" = "-" ] || set -- -q:v "$q" "$@"
     ffmpeg -hide_banner -loglevel error -f lavfi -i "$src=size=${w}x$h:rate=25" -frames:v "$frames" \
-        -pix_fmt yuv420p -c:v h263 -g 12 "$@" -f h263 -y "$tmp/$name.h263" ||
+        -pix_fmt yuv420p -g 12 "$@" -f h263 -y "$tmp/$name.h263" ||
         { echo "FAIL $name: encoder"; fail=1; return; }
     ffmpeg -hide_banner -loglevel error -i "$tmp/$name.h263" -f rawvideo -pix_fmt yuv420p -fps_mode passthrough -y "$tmp/$name.ref.yuv" ||
         { echo "FAIL $name: reference decode"; fail=1; return; }
@@ -81,27 +84,39 @@ run cif_q12   mandelbrot 352 288 12 12
 run qcif_gob  testsrc2   176 144 16 6 -ps 200
 run cif_gob   mandelbrot 352 288 12 8 -ps 400
 run qcif_aq   testsrc2   176 144 16 - -b:v 80k -mbd 2 -mpv_flags +qp_rd
+# H.263 version 2 (extended picture type, slices, rounding type alternating
+# on P pictures), without and with the deblocking filter.
+codec=h263p
+run p_qcif_q3    testsrc2   176 144 16 3
+run p_cif_q9     mandelbrot 352 288 12 9
+run p_qcif_db5   testsrc2   176 144 16 5 -flags +loop
+run p_qcif_db14  mandelbrot 176 144 16 14 -flags +loop
+run p_cif_db7    testsrc2   352 288 12 7 -flags +loop
+codec=
 
 # Damaged streams: truncated at several points and with flipped bits.  The
 # decoder may decode them (exit 0) or refuse them with one line naming the
 # fault (exit 1); anything else (a signal, a sanitizer report) fails.
-src="$tmp/qcif_q5.h263"
 refused=0
 damaged=0
-if [ -s "$src" ]; then
+# check_damaged FILE WHAT
+check_damaged() {
+    damaged=$((damaged + 1))
+    "$dec" "$1" "$tmp/damaged.yuv" 2> "$tmp/err.txt"; rc=$?
+    if grep -q 'Sanitizer\|runtime error' "$tmp/err.txt"; then echo "FAIL $2: sanitizer report"; fail=1
+    elif [ $rc -eq 1 ] && grep -q '^zanvc-h263dec: ' "$tmp/err.txt"; then refused=$((refused + 1)); echo "ok   $2: $(head -1 "$tmp/err.txt")"
+    elif [ $rc -eq 0 ]; then echo "ok   $2: decoded"
+    else echo "FAIL $2: exit status $rc"; cat "$tmp/err.txt"; fail=1; fi
+}
+for base in qcif_q5 p_qcif_db5; do
+    src="$tmp/$base.h263"
+    if [ ! -s "$src" ]; then echo "FAIL no stream $base to damage"; fail=1; continue; fi
     for cut in 3 40 333 1000 2500 4999 7777; do
-        damaged=$((damaged + 1))
-        head -c "$cut" "$src" > "$tmp/cut$cut.h263"
-        set -- "$tmp/cut$cut.h263" "truncated at $cut bytes"
-        "$dec" "$1" "$tmp/damaged.yuv" 2> "$tmp/err.txt"; rc=$?
-        if grep -q 'Sanitizer\|runtime error' "$tmp/err.txt"; then echo "FAIL $2: sanitizer report"; fail=1
-        elif [ $rc -eq 1 ] && grep -q '^zanvc-h263dec: ' "$tmp/err.txt"; then refused=$((refused + 1)); echo "ok   $2: $(head -1 "$tmp/err.txt")"
-        elif [ $rc -eq 0 ]; then echo "ok   $2: decoded"
-        else echo "FAIL $2: exit status $rc"; cat "$tmp/err.txt"; fail=1; fi
+        head -c "$cut" "$src" > "$tmp/cut.h263"
+        check_damaged "$tmp/cut.h263" "$base truncated at $cut bytes"
     done
     for seed in 1 2 3 4 5 6 7 8 9 10 11 12; do
-        damaged=$((damaged + 1))
-        python3 - "$src" "$tmp/flip$seed.h263" "$seed" <<'PY'
+        python3 - "$src" "$tmp/flip.h263" "$seed" <<'PY'
 import random, sys
 data = bytearray(open(sys.argv[1], 'rb').read())
 rnd = random.Random(int(sys.argv[3]))
@@ -110,19 +125,12 @@ for _ in range(rnd.choice([1, 3, 20])):
     data[i] ^= 1 << rnd.randrange(8)
 open(sys.argv[2], 'wb').write(data)
 PY
-        set -- "$tmp/flip$seed.h263" "bit flips (seed $seed)"
-        "$dec" "$1" "$tmp/damaged.yuv" 2> "$tmp/err.txt"; rc=$?
-        if grep -q 'Sanitizer\|runtime error' "$tmp/err.txt"; then echo "FAIL $2: sanitizer report"; fail=1
-        elif [ $rc -eq 1 ] && grep -q '^zanvc-h263dec: ' "$tmp/err.txt"; then refused=$((refused + 1)); echo "ok   $2: $(head -1 "$tmp/err.txt")"
-        elif [ $rc -eq 0 ]; then echo "ok   $2: decoded"
-        else echo "FAIL $2: exit status $rc"; cat "$tmp/err.txt"; fail=1; fi
+        check_damaged "$tmp/flip.h263" "$base with bit flips (seed $seed)"
     done
-    # A truncation inside a picture must be noticed at least somewhere.
-    [ $refused -gt 0 ] || { echo "FAIL no damaged stream was refused"; fail=1; }
-    echo "$refused of $damaged damaged streams refused with a message"
-else
-    echo "FAIL no stream to damage"; fail=1
-fi
+done
+# A truncation inside a picture must be noticed at least somewhere.
+[ $refused -gt 0 ] || { echo "FAIL no damaged stream was refused"; fail=1; }
+echo "$refused of $damaged damaged streams refused with a message"
 # Not an H.263 stream at all.
 printf 'not a video' > "$tmp/text.h263"
 if "$dec" "$tmp/text.h263" "$tmp/damaged.yuv" 2> "$tmp/err.txt"; then
