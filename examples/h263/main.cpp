@@ -564,9 +564,9 @@ bool Decoder::decode_picture(Bits& b, std::string& err) {
     mbq_.assign(mvs_.size(), 0);
     if (slices_) {
         // Slice structured mode: the first slice's header is only its
-        // macroblock address (0) between emulation-prevention 1 bits.
+        // macroblock address (0) between two emulation-prevention 1 bits.
         mba_bits_ = mvs_.size() <= 48 ? 6 : mvs_.size() <= 99 ? 7 : mvs_.size() <= 396 ? 9 : mvs_.size() <= 1584 ? 11 : 13;
-        if (b.get(1) != 1 || b.get(mba_bits_) != 0 || (mba_bits_ > 9 && b.get(1) != 1) || b.get(1) != 1) {
+        if (b.get(1) != 1 || b.get(mba_bits_) != 0 || b.get(1) != 1) {
             err = "bad first slice header";
             return false;
         }

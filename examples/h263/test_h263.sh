@@ -79,6 +79,8 @@ run qcif_q10  testsrc2   176 144 16 10
 run qcif_q15  mandelbrot 176 144 16 15
 run cif_q4    testsrc2   352 288 14 4
 run cif_q12   mandelbrot 352 288 12 12
+run sqcif_q6  testsrc2   128 96  8  6
+run 4cif_q8   mandelbrot 704 576 3  8
 # GOB headers (one per row of macroblocks, as for packetisation) and
 # macroblock-level quantiser changes from adaptive quantisation.
 run qcif_gob  testsrc2   176 144 16 6 -ps 200
@@ -92,6 +94,7 @@ run p_cif_q9     mandelbrot 352 288 12 9
 run p_qcif_db5   testsrc2   176 144 16 5 -flags +loop
 run p_qcif_db14  mandelbrot 176 144 16 14 -flags +loop
 run p_cif_db7    testsrc2   352 288 12 7 -flags +loop
+run p_4cif_q8    testsrc2   704 576 3 8
 codec=
 
 # Damaged streams: truncated at several points and with flipped bits.  The
