@@ -1,0 +1,144 @@
+#!/bin/sh
+# Compares zanvc-h263dec with ffmpeg's own decoding of H.263 streams that
+# ffmpeg encodes (QCIF and CIF, I and P pictures, several quantisers, with and
+# without GOB headers; H.263 version 2 streams with slices, alternating
+# rounding and the deblocking filter).  The two decoders use different inverse
+# DCTs, so pictures are not byte-identical: every picture must reach a high
+# PSNR against ffmpeg's and a mean absolute difference below 0.5.  Then
+# truncated and damaged streams must be refused with a message or decoded,
+# never crash.
+# Usage: test_h263.sh path/to/zanvc-h263dec
+dec=$1
+command -v ffmpeg >/dev/null 2>&1 || { echo "ffmpeg not found: skipped"; exit 77; }
+command -v python3 >/dev/null 2>&1 || { echo "python3 not found: skipped"; exit 77; }
+ffmpeg -hide_banner -encoders 2>/dev/null | grep -q ' h263 ' || { echo "ffmpeg has no h263 encoder: skipped"; exit 77; }
+tmp=$(mktemp -d) || exit 1
+trap 'rm -rf "$tmp"' EXIT
+fail=0
+minpsnr=${H263_MIN_PSNR:-50}
+
+# compare NAME WIDTH HEIGHT: per-picture PSNR and mean absolute difference of
+# ours against ffmpeg's decoding; prints the worst picture.
+compare() {
+    python3 - "$tmp/$1.yuv" "$tmp/$1.ref.yuv" "$2" "$3" "$minpsnr" <<'PY'
+import math, sys
+ours, ref, w, h, minpsnr = sys.argv[1], sys.argv[2], int(sys.argv[3]), int(sys.argv[4]), float(sys.argv[5])
+a = open(ours, 'rb').read()
+b = open(ref, 'rb').read()
+fs = w * h * 3 // 2
+if len(b) == 0 or len(b) % fs:
+    print("reference size %d is not a whole number of pictures" % len(b)); sys.exit(1)
+if len(a) != len(b):
+    print("%d pictures, ffmpeg %d" % (len(a) // fs, len(b) // fs)); sys.exit(1)
+worst_psnr, worst_mad, bad = 1e9, 0.0, []
+for i in range(len(b) // fs):
+    pa, pb = a[i * fs:(i + 1) * fs], b[i * fs:(i + 1) * fs]
+    sad = sse = 0
+    for x, y in zip(pa, pb):
+        d = x - y
+        sad += abs(d)
+        sse += d * d
+    mad = sad / fs
+    psnr = 99.0 if sse == 0 else 10 * math.log10(255.0 * 255.0 * fs / sse)
+    worst_psnr, worst_mad = min(worst_psnr, psnr), max(worst_mad, mad)
+    if mad >= 0.5 or psnr < minpsnr:
+        bad.append("picture %d: PSNR %.2f dB, MAD %.3f" % (i, psnr, mad))
+print("%d pictures, worst PSNR %.2f dB, worst MAD %.4f" % (len(b) // fs, worst_psnr, worst_mad))
+for m in bad[:5]:
+    print("  " + m)
+sys.exit(1 if bad else 0)
+PY
+}
+
+# run NAME SOURCE WIDTH HEIGHT FRAMES QUANTISER [extra encoder options]
+# (QUANTISER "-" leaves the quantiser to the encoder's rate control; the
+# encoder is h263, or $codec when set)
+run() {
+    name=$1 src=$2 w=$3 h=$4 frames=$5 q=$6
+    shift 6
+    set -- -c:v "${codec:-h263}" "$@"
+    [ "$q" = "-" ] || set -- -q:v "$q" "$@"
+    ffmpeg -hide_banner -loglevel error -f lavfi -i "$src=size=${w}x$h:rate=25" -frames:v "$frames" \
+        -pix_fmt yuv420p -g 12 "$@" -f h263 -y "$tmp/$name.h263" ||
+        { echo "FAIL $name: encoder"; fail=1; return; }
+    ffmpeg -hide_banner -loglevel error -i "$tmp/$name.h263" -f rawvideo -pix_fmt yuv420p -fps_mode passthrough -y "$tmp/$name.ref.yuv" ||
+        { echo "FAIL $name: reference decode"; fail=1; return; }
+    if ! "$dec" "$tmp/$name.h263" "$tmp/$name.yuv"; then
+        echo "FAIL $name: decoder error"; fail=1; return
+    fi
+    if res=$(compare "$name" "$w" "$h"); then
+        echo "ok   $name: $res"
+    else
+        echo "FAIL $name: $res"; fail=1
+    fi
+}
+
+run qcif_q2   testsrc2   176 144 24 2
+run qcif_q5   mandelbrot 176 144 24 5
+run qcif_q10  testsrc2   176 144 16 10
+run qcif_q15  mandelbrot 176 144 16 15
+run cif_q4    testsrc2   352 288 14 4
+run cif_q12   mandelbrot 352 288 12 12
+run sqcif_q6  testsrc2   128 96  8  6
+run 4cif_q8   mandelbrot 704 576 3  8
+# GOB headers (one per row of macroblocks, as for packetisation) and
+# macroblock-level quantiser changes from adaptive quantisation.
+run qcif_gob  testsrc2   176 144 16 6 -ps 200
+run cif_gob   mandelbrot 352 288 12 8 -ps 400
+run qcif_aq   testsrc2   176 144 16 - -b:v 80k -mbd 2 -mpv_flags +qp_rd
+# H.263 version 2 (extended picture type, slices, rounding type alternating
+# on P pictures), without and with the deblocking filter.
+codec=h263p
+run p_qcif_q3    testsrc2   176 144 16 3
+run p_cif_q9     mandelbrot 352 288 12 9
+run p_qcif_db5   testsrc2   176 144 16 5 -flags +loop
+run p_qcif_db14  mandelbrot 176 144 16 14 -flags +loop
+run p_cif_db7    testsrc2   352 288 12 7 -flags +loop
+run p_4cif_q8    testsrc2   704 576 3 8
+codec=
+
+# Damaged streams: truncated at several points and with flipped bits.  The
+# decoder may decode them (exit 0) or refuse them with one line naming the
+# fault (exit 1); anything else (a signal, a sanitizer report) fails.
+refused=0
+damaged=0
+# check_damaged FILE WHAT
+check_damaged() {
+    damaged=$((damaged + 1))
+    "$dec" "$1" "$tmp/damaged.yuv" 2> "$tmp/err.txt"; rc=$?
+    if grep -q 'Sanitizer\|runtime error' "$tmp/err.txt"; then echo "FAIL $2: sanitizer report"; fail=1
+    elif [ $rc -eq 1 ] && grep -q '^zanvc-h263dec: ' "$tmp/err.txt"; then refused=$((refused + 1)); echo "ok   $2: $(head -1 "$tmp/err.txt")"
+    elif [ $rc -eq 0 ]; then echo "ok   $2: decoded"
+    else echo "FAIL $2: exit status $rc"; cat "$tmp/err.txt"; fail=1; fi
+}
+for base in qcif_q5 p_qcif_db5; do
+    src="$tmp/$base.h263"
+    if [ ! -s "$src" ]; then echo "FAIL no stream $base to damage"; fail=1; continue; fi
+    for cut in 3 40 333 1000 2500 4999 7777; do
+        head -c "$cut" "$src" > "$tmp/cut.h263"
+        check_damaged "$tmp/cut.h263" "$base truncated at $cut bytes"
+    done
+    for seed in 1 2 3 4 5 6 7 8 9 10 11 12; do
+        python3 - "$src" "$tmp/flip.h263" "$seed" <<'PY'
+import random, sys
+data = bytearray(open(sys.argv[1], 'rb').read())
+rnd = random.Random(int(sys.argv[3]))
+for _ in range(rnd.choice([1, 3, 20])):
+    i = rnd.randrange(len(data))
+    data[i] ^= 1 << rnd.randrange(8)
+open(sys.argv[2], 'wb').write(data)
+PY
+        check_damaged "$tmp/flip.h263" "$base with bit flips (seed $seed)"
+    done
+done
+# A truncation inside a picture must be noticed at least somewhere.
+[ $refused -gt 0 ] || { echo "FAIL no damaged stream was refused"; fail=1; }
+echo "$refused of $damaged damaged streams refused with a message"
+# Not an H.263 stream at all.
+printf 'not a video' > "$tmp/text.h263"
+if "$dec" "$tmp/text.h263" "$tmp/damaged.yuv" 2> "$tmp/err.txt"; then
+    echo "FAIL text file accepted"; fail=1
+else
+    echo "ok   text file refused: $(head -1 "$tmp/err.txt")"
+fi
+exit $fail
