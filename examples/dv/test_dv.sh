@@ -15,7 +15,7 @@ fail=0
 
 # make NAME SIZE RATE PIXFMT FILTER
 make() {
-    ffmpeg -hide_banner -loglevel error -f lavfi -i "testsrc2=size=$2:rate=$3" -frames:v 3 -vf "$5" \
+    ffmpeg -hide_banner -loglevel error -f lavfi -i "testsrc2=size=$2:rate=$3" -frames:v 2 -vf "$5" \
         -pix_fmt "$4" -f rawvideo -y "$tmp/$1.src.yuv" &&
     ffmpeg -hide_banner -loglevel error -f rawvideo -s "$2" -r "$3" -pix_fmt "$4" -i "$tmp/$1.src.yuv" \
         -c:v dvvideo -f dv -y "$tmp/$1.dv" &&
