@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int form = data[0] % 3;
     std::vector<std::uint8_t> seg(400);
     for (std::size_t i = 0; i < 400; ++i) seg[i] = data[1 + i % (size - 1)];
-    zan::fuzz::Guarded g(seg.begin(), seg.size(), 0);
+    zan::fuzz::Guarded g(seg.data(), seg.size(), 0);
     const int n = form == 2 ? 40 : 30;
     constexpr Zan16s kGuard = 0x5A5A;
     std::vector<Zan16s> coef(static_cast<std::size_t>(64 * (n + 2)), 0);
