@@ -5,6 +5,7 @@
 // block's bits, one table look-up per code; a block's bits sit in a
 // zero-padded copy, so no read goes past its end and a code that does not
 // fit is told by its length against the bits left.
+#include <cstdint>
 #include <cstring>
 
 #include "common/scan_tables.h"
@@ -46,12 +47,13 @@ struct Block {
     Block* next;          // link in an unfinished or spare list
 };
 
-// Top 32 bits from bit p of a block's buffer (zeros past its end).
+// Top 32 bits from bit p of a block's buffer (zeros past its end): one
+// 8-byte big-endian load (p <= 112, so bytes up to 22 of the 24 are read).
 inline Zan32u peek32(const Block& b, Zan32s p) {
-    const Zan8u* q = b.buf + (p >> 3);
-    Zan64s v = 0;
-    for (int i = 0; i < 5; ++i) v = (v << 8) | q[i];
-    return Zan32u(Zan64s(v << (p & 7)) >> 8);
+    std::uint64_t v;
+    std::memcpy(&v, b.buf + (p >> 3), 8);
+    v = __builtin_bswap64(v);
+    return Zan32u((v << (p & 7)) >> 32);
 }
 
 struct Code {
