@@ -333,12 +333,69 @@ void sdv100_half(const Zan16s* s, Zan8u* d, Zan32s step) {
         store_pairs16(simd::row(d, step, r), row8(s, 0, r), row8(s, 1, r), row8(s, 3, r), row8(s, 2, r));
 }
 
+// 8 luma, 4 Cb and 4 Cr samples (lanes 0-3) to 16 output bytes.
+inline void store_pairs8(Zan8u* dst, __m128i y8, __m128i cb, __m128i cr) {
+    const __m128i bias = _mm_set1_epi8(static_cast<char>(0x80));
+    const __m128i y = _mm_packs_epi16(y8, y8);
+    const __m128i c = _mm_packs_epi16(_mm_unpacklo_epi16(cb, cr), _mm_unpacklo_epi16(cb, cr));
+    simd::store16(dst, _mm_xor_si128(_mm_unpacklo_epi8(y, c), bias));
+}
+
+// Saturated sums of adjacent lanes: lanes 0-3 = sat(v0 + v1), ..., sat(v6 + v7).
+inline __m128i pair_sums_sat(__m128i v) {
+    const __m128i s = _mm_madd_epi16(v, _mm_set1_epi16(1));
+    return _mm_packs_epi32(s, s);
+}
+
+// 2x2 means of rows r and r + 1 of block b, saturating 16-bit sums: lanes 0-3.
+inline __m128i box2_sat(const Zan16s* s, int b, int r) {
+    return _mm_srai_epi16(pair_sums_sat(_mm_adds_epi16(row8(s, b, r), row8(s, b, r + 1))), 2);
+}
+
+void s411_zoom2(const Zan16s* s, Zan8u* d, Zan32s step) {
+    for (int r = 0; r < 4; ++r) {
+        const __m128i ya = _mm_unpacklo_epi64(box2_sat(s, 0, 2 * r), box2_sat(s, 1, 2 * r));
+        const __m128i yb = _mm_unpacklo_epi64(box2_sat(s, 2, 2 * r), box2_sat(s, 3, 2 * r));
+        const __m128i cb = _mm_srai_epi16(_mm_adds_epi16(row8(s, 5, 2 * r), row8(s, 5, 2 * r + 1)), 1);
+        const __m128i cr = _mm_srai_epi16(_mm_adds_epi16(row8(s, 4, 2 * r), row8(s, 4, 2 * r + 1)), 1);
+        store_pairs16(simd::row(d, step, r), ya, yb, cb, cr);
+    }
+}
+
+void s420_zoom2(const Zan16s* s, Zan8u* d, Zan32s step) {
+    for (int y = 0; y < 8; ++y) {
+        const int b = 2 * (y >> 2), yr = 2 * (y & 3);
+        const __m128i y8 = _mm_unpacklo_epi64(box2_sat(s, b, yr), box2_sat(s, b + 1, yr));
+        const __m128i cb = _mm_srai_epi16(pair_sums_sat(row8(s, 5, y)), 1);
+        const __m128i cr = _mm_srai_epi16(pair_sums_sat(row8(s, 4, y)), 1);
+        store_pairs8(simd::row(d, step, y), y8, cb, cr);
+    }
+}
+
+// 2x2 means in 32 bits, truncating toward zero: lanes 0-3 (16-bit).
+inline __m128i box2_trunc(const Zan16s* s, int b, int r) {
+    const __m128i ones = _mm_set1_epi16(1);
+    __m128i t = _mm_add_epi32(_mm_madd_epi16(row8(s, b, r), ones), _mm_madd_epi16(row8(s, b, r + 1), ones));
+    t = _mm_srai_epi32(_mm_add_epi32(t, _mm_and_si128(_mm_srai_epi32(t, 31), _mm_set1_epi32(3))), 2);
+    return _mm_packs_epi32(t, t);
+}
+
+void s422_zoom2(const Zan16s* s, Zan8u* d, Zan32s step) {
+    for (int r = 0; r < 4; ++r) {
+        const __m128i y8 = _mm_unpacklo_epi64(box2_trunc(s, 0, 2 * r), box2_trunc(s, 2, 2 * r));
+        store_pairs8(simd::row(d, step, r), y8, box2_trunc(s, 5, 2 * r), box2_trunc(s, 4, 2 * r));
+    }
+}
+
 constexpr KernelPair<MbFn> kMb[] = {
     {"ycrcb411_5mb", r411_full, s411_full, 64, 8, 6},
     {"ycrcb411_edge", redge_full, sedge_full, 32, 16, 6},
     {"ycrcb420_5mb", r420_full, s420_full, 32, 16, 6},
     {"ycrcb422_5mb", r422_full, s422_full, 32, 8, 6},
     {"ycrcb422_dv100_half", rdv100_half, sdv100_half, 32, 8, 4},
+    {"ycrcb411_zoomout2_5mb", r411_zoom<2>, s411_zoom2, 32, 4, 6},
+    {"ycrcb420_zoomout2_5mb", r420_zoom<2>, s420_zoom2, 16, 8, 6},
+    {"ycrcb422_zoomout2_5mb", r422_zoom<2>, s422_zoom2, 16, 4, 6},
 };
 
 }  // namespace
@@ -378,15 +435,15 @@ using namespace dvoutput;
         return run_mbs<kernel>(pSrc, pDst, dstStep);                                                 \
     }
 ZAN_DV_5MB(zaniYCrCb411ToYCbCr422_5MBDV_16s8u_P3C2R, s411_full)
-ZAN_DV_5MB(zaniYCrCb411ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, r411_zoom<2>)
+ZAN_DV_5MB(zaniYCrCb411ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, s411_zoom2)
 ZAN_DV_5MB(zaniYCrCb411ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R, r411_zoom<4>)
 ZAN_DV_5MB(zaniYCrCb411ToYCbCr422_16x4x5MB_DV_16s8u_P3C2R, r411_pre16x4)
 ZAN_DV_5MB(zaniYCrCb420ToYCbCr422_5MBDV_16s8u_P3C2R, s420_full)
-ZAN_DV_5MB(zaniYCrCb420ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, r420_zoom<2>)
+ZAN_DV_5MB(zaniYCrCb420ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, s420_zoom2)
 ZAN_DV_5MB(zaniYCrCb420ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R, r420_zoom<4>)
 ZAN_DV_5MB(zaniYCrCb420ToYCbCr422_ZoomOut8_5MBDV_16s8u_P3C2R, r420_zoom8)
 ZAN_DV_5MB(zaniYCrCb420ToYCbCr422_8x8x5MB_DV_16s8u_P3C2R, r420_pre8x8)
-ZAN_DV_5MB(zaniYCrCb422ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, r422_zoom<2>)
+ZAN_DV_5MB(zaniYCrCb422ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, s422_zoom2)
 ZAN_DV_5MB(zaniYCrCb422ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R, r422_zoom<4>)
 ZAN_DV_5MB(zaniYCrCb422ToYCbCr422_8x4x5MB_DV_16s8u_P3C2R, r422_pre8x4)
 #undef ZAN_DV_5MB
