@@ -68,10 +68,9 @@ struct Dequant {
                         if (mode == 0) {
                             weight = w(h) * w(v) / 2;
                         } else {
-                            // Rows 0-3: sum field, rows 4-7: difference field.
-                            const int vv = v & 3;
-                            const int wv = v < 4 ? 2 * ((2 * vv) % 4) : 2 * ((2 * vv + 1) % 4);
-                            weight = w(h) * w(wv) / 2;
+                            // Rows 0-3: sum field, rows 4-7: difference field;
+                            // both take w(h) w(2v) / 2 for their vertical frequency v.
+                            weight = w(h) * w(2 * (v & 3)) / 2;
                         }
                         if (k == 0) {
                             // DC: the 9-bit DC is the coefficient / 4.
