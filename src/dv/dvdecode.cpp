@@ -84,33 +84,49 @@ inline Code decode_code(Zan32u win) {
 // a code did not fit, in which case every bit left (held and of s) is now
 // held by u and s is used up.
 bool decode_from(Block& u, Block& s) {
+    // The state lives in locals during the loop: the coefficient stores
+    // could otherwise alias the records and force reloads.
+    Zan32u held = u.held;
+    Zan32s nheld = u.nheld, pos = s.pos, counter = u.counter, last = u.last;
+    const Zan32s end = s.end;
+    Zan16s* const coef = u.coef;
+    const Zan8u* const scan = u.scan;
+    bool ended;
     for (;;) {
-        const Zan32s avail = u.nheld + (s.end - s.pos);
-        const Zan32u sbits = peek32(s, s.pos);
-        const Zan32u win = u.nheld ? (u.held | (sbits >> u.nheld)) : sbits;
+        const Zan32s avail = nheld + (end - pos);
+        const Zan32u sbits = peek32(s, pos);
+        const Zan32u win = nheld ? (held | (sbits >> nheld)) : sbits;
         const Code c = decode_code(win);
         if (c.len > avail) {
-            u.held = avail ? (win & ~(0xFFFFFFFFu >> avail)) : 0u;
-            u.nheld = avail;
-            s.pos = s.end;
-            return false;
+            held = avail ? (win & ~(0xFFFFFFFFu >> avail)) : 0u;
+            nheld = avail;
+            pos = end;
+            ended = false;
+            break;
         }
-        if (c.len <= u.nheld) {
-            u.held <<= c.len;
-            u.nheld -= c.len;
+        if (c.len <= nheld) {
+            held <<= c.len;
+            nheld -= c.len;
         } else {
-            s.pos += c.len - u.nheld;
-            u.held = 0;
-            u.nheld = 0;
+            pos += c.len - nheld;
+            held = 0;
+            nheld = 0;
         }
-        u.counter += c.step;
-        if (u.counter >= 0) {
+        counter += c.step;
+        if (counter >= 0) {
             u.eob = ((win >> 23) & 480u) == 192u ? 1u : 0u;
-            return true;
+            ended = true;
+            break;
         }
-        u.last = u.counter + 64;
-        u.coef[u.scan[u.last]] = Zan16s(c.level);
+        last = counter + 64;
+        coef[scan[last]] = Zan16s(c.level);
     }
+    u.held = held;
+    u.nheld = nheld;
+    u.counter = counter;
+    u.last = last;
+    s.pos = pos;
+    return ended;
 }
 
 // Sets up block b from its bytes and decodes it on its own bits.
