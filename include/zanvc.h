@@ -3335,10 +3335,186 @@ ZanStatus zaniFilterDeblockingChroma_HorEdge_AVS_8u_C1IR(const ZanDeblockingReco
 /* ==== end of avsinter ==== */
 
 /* ==== dvdecode: DV segment decoding and dequantisation ==== */
+/* A DV video segment is five DIF blocks of 80 bytes.  Byte 3 of each holds
+ * the quantisation number QNO in its low 4 bits.  From byte 4 on follow the
+ * DCT blocks: six of 14, 14, 14, 14, 10, 10 bytes (DV 25 and 50 Mb/s, 30 in
+ * the segment) or eight of 10, 10, 10, 10, 10, 10, 8, 8 bytes (DV100, 40 in
+ * the segment).  A block starts with 9 bits of DC, 1 bit of DCT mode and 2
+ * bits of class; its AC codes follow, and a block that needs more bits goes
+ * on in the spare bits of the other blocks of its macroblock, then of the
+ * segment.  pBlock: 30 (40) blocks of 64 Zan16s, block i the i-th DCT block
+ * in stream order, which the caller has zeroed: only coded positions are
+ * written.  The DC is stored as the top 16 bits of the block masked with
+ * 0xFF80 (the 9-bit DC times 128), AC levels times 64 at the raster
+ * position of the scan (zigzag for DCT mode 0; for mode 1 the 2-4-8 scan
+ * 0, 32, 1, 33, 8, 40, 2, 34, ..., rows 0-3 holding the sum field and rows
+ * 4-7 the difference field).  pBlockParam: one Zan32u per block: bit 0 set
+ * when an end-of-block code closed the block, bits 4-5 the class, bit 6 the
+ * DCT mode, bits 8-15 the scan position of the last coefficient stored (0
+ * for the DC alone), bits 16-19 the QNO of its DIF block.  A position step
+ * that passes 63 without an end-of-block code ends the block with bit 0
+ * clear; a block whose codes run out of bits stays unfinished, bit 0 clear.
+ * The code table and the scans are built in. */
+
+/* Decodes one segment in three passes: each block on its own bits; then,
+ * per macroblock, unfinished blocks continue in the spare bits of finished
+ * blocks of the same macroblock in stream order; then the blocks still
+ * unfinished continue in the spare bits left anywhere in the segment.  A
+ * code may straddle two blocks' bits.  Reads the 400 bytes of the segment
+ * and nothing beyond.  pZigzagTables and pHuffTable are not read and may be
+ * null.  Checks: pStream, pBlock or pBlockParam null zanStsNullPtr.  A
+ * damaged stream is no failure: the call returns zanStsOk. */
+ZanStatus zaniHuffmanDecodeSegment_DV_8u16s(const Zan8u* pStream, const Zan32u* pZigzagTables,
+                                            const Zan32u* pHuffTable, Zan16s* pBlock, Zan32u* pBlockParam);
+ZanStatus zaniHuffmanDecodeSegment_DV100_8u16s(const Zan8u* pStream, const Zan32u* pZigzagTables,
+                                               const Zan32u* pHuffTable, Zan16s* pBlock, Zan32u* pBlockParam);
+
+/* The first pass alone on a DV (25/50 Mb/s) segment: each block is decoded
+ * from its own bits only; a block that does not fit stays unfinished (bit 0
+ * clear) with the coefficients that fitted.  Otherwise as
+ * zaniHuffmanDecodeSegment_DV_8u16s. */
+ZanStatus zaniHuffmanDecodeSegmentOnePass_DV_8u16s(const Zan8u* pStream, const Zan32u* pZigzagTables,
+                                                   const Zan32u* pHuffTable, Zan16s* pBlock,
+                                                   Zan32u* pBlockParam);
+
+/* Builds a two-level code table for a caller.  pSpec1 and pSpec2 are arrays
+ * of Zan32s: word 0 is the width b of the level (0 to 24), words 1 and 2 are
+ * not read, and from word 3 on, for each code length L from 1 to b, a count
+ * n and then n rows of (code, run + 1, level).  A row fills the 2^(b - L)
+ * entries from index (code mod 2^L) << (b - L), each a Zan32u with the
+ * length in byte 0 (L for the first level, L + 4 for the second), the step
+ * (run + 1, low 8 bits) in byte 1 and level * 64 (low 16 bits) in bytes 2
+ * and 3.  Entries no row reaches hold length 255, step 0, level 0.  The
+ * table is one block of 2^b1 + 2^b2 entries, the second level after the
+ * first, stored at *ppTable.  Checks: any null pointer zanStsNullPtr; a
+ * width outside 0..24 or a failed allocation zanStsNoMem (*ppTable left as
+ * it was). */
+ZanStatus zaniInitAllocHuffmanTable_DV_32u(const Zan32s* pSpec1, const Zan32s* pSpec2, Zan32u** ppTable);
+
+/* Releases a table from zaniInitAllocHuffmanTable_DV_32u.  Checks: null
+ * zanStsNullPtr. */
+ZanStatus zaniFreeHuffmanTable_DV_32u(Zan32u* pTable);
+
+/* Dequantises 64 coefficients in place, in 16-bit lanes:
+ * y = ((x * t) >> 16) << 2, the product signed 32-bit, the left shift
+ * wrapping in 16 bits, t = pDequantTable[i].  Checks: any null pointer
+ * zanStsNullPtr. */
+ZanStatus zaniQuantInv_DV_16s_C1I(Zan16s* pSrcDst, const Zan16s* pDequantTable);
+
+/* Dequantises and weights 64 coefficients in place:
+ * y = ((low 16 bits of (x >> 3) * a) * b) >> 16, signed, a from
+ * pDequantTable and b from pWeightTable.  Checks: any null pointer
+ * zanStsNullPtr. */
+ZanStatus zaniQuantWeightBlockInv_DV_16s_C1I(Zan16s* pSrcDst, const Zan16s* pDequantTable,
+                                             const Zan16s* pWeightTable);
+
+/* DV100 dequantisation and weighting in place.  DC: y = x >> 5.  Others:
+ * z = low 16 bits of (x >> 6) * qp, y = (z * w) >> 5 as a signed 32-bit
+ * product, saturated to -32768..32767, w = pWeightTable[i] (entry 0 is not
+ * read).  qp is not range checked.  Checks: any null pointer
+ * zanStsNullPtr. */
+ZanStatus zaniQuantWeightBlockInv_DV100_16s_C1I(Zan16s* pSrcDst, const Zan16s* pWeightTable, Zan32s qp);
 
 /* ==== end of dvdecode ==== */
 
 /* ==== dvoutput: DV macroblock output conversions ==== */
+/* Output of DV macroblocks as packed 4:2:2 bytes Y, Cb, Y, Cr (16 bytes
+ * for 8 pixels), rows dstStep bytes apart, the first row at the pointer
+ * given for the macroblock.  A macroblock is an array of 64-sample Zan16s
+ * blocks (128 bytes each, raster order, samples centred on zero): Y0, Y1,
+ * Y2, Y3, Cr, Cb, so blocks 4 and 5 are Cr and Cb.  Every sample v is
+ * written as v clamped to -128..127 plus 128 (127 and 128 give 255, -128
+ * gives 0).  Layouts: 4:1:1, 32x8 pixels, Y0..Y3 side by side, chroma 8
+ * samples a row doubled horizontally (position 2i is c[i], 2i + 1 is
+ * (c[i] + c[i + 1] saturated to 16 bits) >> 1, arithmetic, the last
+ * repeating c[7]); 4:1:1 right-edge macroblock, 16x16, Y0 Y1 above Y2 Y3,
+ * chroma columns 0-3 serving rows 0-7 and columns 4-7 rows 8-15, each
+ * doubled the same way (the last repeating c[3] or c[7]); 4:2:0, 16x16, Y0
+ * Y1 above Y2 Y3, chroma row 2g serving output rows 4g and 4g + 2, row
+ * 2g + 1 rows 4g + 1 and 4g + 3, no chroma interpolation; 4:2:2 (the DV50
+ * macroblock), 16x8, luma block 0 left and block 2 right (blocks 1 and 3
+ * not read), chroma 8 a row, one Cb/Cr pair per two luma samples.
+ * Reductions, 4:1:1 and 4:2:0: luma means of 2x2 (ZoomOut2) or 4x4
+ * (ZoomOut4) samples with saturating 16-bit sums, rows first then columns,
+ * shifted right with the sign kept; chroma means likewise over the box the
+ * output pair covers (4:1:1: 1 column by 2 rows or 2 by 4; edge: the same
+ * within its half; 4:2:0: 2 columns of row y, or 4 columns of rows 2y and
+ * 2y + 1).  4:2:2: 2x2 or 4x4 means of luma and chroma in 32 bits,
+ * truncating toward zero.  ZoomOut8 takes the first sample of each block.
+ * Pre-reduced forms read a 4x4 block from the first 16 samples of each
+ * block (4 a row) and lay it out as the full-size form at half size.  The
+ * five-macroblock forms take arrays of five source and five destination
+ * pointers; unless stated they return zanStsNullPtr for a null array and
+ * stop, with zanStsOk, at the first null entry of either array.  Steps are
+ * not checked; every alignment gives the same bytes.  No input is read
+ * beyond the blocks named. */
+
+/* 4:1:1 to 32x8 pixels per macroblock (64 bytes a row). */
+ZanStatus zaniYCrCb411ToYCbCr422_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5], Zan32s dstStep);
+/* 4:1:1 reduced by 2: 16x4 pixels per macroblock. */
+ZanStatus zaniYCrCb411ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+/* 4:1:1 reduced by 4: 8x2 pixels per macroblock. */
+ZanStatus zaniYCrCb411ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+/* 4:1:1 reduced by 8: one row of 4 pixels (8 bytes) per macroblock: Y from
+ * the first samples of blocks 0, 1 (first pair) and 2, 3 (second pair), Cb
+ * and Cr the first samples of blocks 5 and 4 in both pairs.  No step. */
+ZanStatus zaniYCrCb411ToYCbCr422_ZoomOut8_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5]);
+/* One 4:1:1 right-edge macroblock to 16x16 pixels.  Checks: a null pointer
+ * zanStsNullPtr. */
+ZanStatus zaniYCrCb411ToYCbCr422_EdgeDV_16s8u_P3C2R(const Zan16s* pSrc, Zan8u* pDst, Zan32s dstStep);
+/* One 4:1:1 right-edge macroblock reduced by 2 (8x8 pixels), by 4 (4x4)
+ * or by 8 (2x2: first samples, Y0 Y1 above Y2 Y3).  Checks: a null pointer
+ * zanStsNullPtr. */
+ZanStatus zaniYCrCb411ToYCbCr422_ZoomOut2_EdgeDV_16s8u_P3C2R(const Zan16s* pSrc, Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniYCrCb411ToYCbCr422_ZoomOut4_EdgeDV_16s8u_P3C2R(const Zan16s* pSrc, Zan8u* pDst, Zan32s dstStep);
+ZanStatus zaniYCrCb411ToYCbCr422_ZoomOut8_EdgeDV_16s8u_P3C2R(const Zan16s* pSrc, Zan8u* pDst, Zan32s dstStep);
+/* 4:1:1 pre-reduced macroblocks (4x4 blocks) to 16x4 pixels: four luma
+ * blocks side by side, 4 chroma samples a row doubled horizontally. */
+ZanStatus zaniYCrCb411ToYCbCr422_16x4x5MB_DV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                         Zan32s dstStep);
+/* One pre-reduced 4:1:1 right-edge macroblock to 8x8 pixels: Y0 Y1 above
+ * Y2 Y3 (4x4 each), chroma columns 0-1 serving rows 0-3 and 2-3 rows 4-7,
+ * doubled horizontally.  Checks: a null pointer zanStsNullPtr. */
+ZanStatus zaniYCrCb411ToYCbCr422_8x8MB_DV_16s8u_P3C2R(const Zan16s* pSrc, Zan8u* pDst, Zan32s dstStep);
+/* 4:2:0 to 16x16 pixels per macroblock. */
+ZanStatus zaniYCrCb420ToYCbCr422_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5], Zan32s dstStep);
+/* 4:2:0 reduced by 2 (8x8 pixels), 4 (4x4) or 8 (2x2: first samples, Y0
+ * Y1 above Y2 Y3; this form keeps its step since its output has two rows). */
+ZanStatus zaniYCrCb420ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+ZanStatus zaniYCrCb420ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+ZanStatus zaniYCrCb420ToYCbCr422_ZoomOut8_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+/* 4:2:0 pre-reduced macroblocks (4x4 blocks) to 8x8 pixels, chroma rows by
+ * field as at full size. */
+ZanStatus zaniYCrCb420ToYCbCr422_8x8x5MB_DV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                        Zan32s dstStep);
+/* 4:2:2 to 16x8 pixels per macroblock.  Checks nothing: every pointer
+ * must be valid; returns zanStsOk. */
+ZanStatus zaniYCrCb422ToYCbCr422_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5], Zan32s dstStep);
+/* 4:2:2 reduced by 2 (8x4 pixels) or by 4 (4x2). */
+ZanStatus zaniYCrCb422ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+ZanStatus zaniYCrCb422ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                            Zan32s dstStep);
+/* 4:2:2 reduced by 8: 4 bytes per macroblock, Y of block 0, Cb of block 5,
+ * Y of block 2, Cr of block 4, first samples.  No step.  Checks: a null
+ * array zanStsNullPtr; then each entry of both arrays as it goes: a null
+ * entry gives zanStsNullPtr after the macroblocks before it were stored. */
+ZanStatus zaniYCrCb422ToYCbCr422_ZoomOut8_5MBDV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5]);
+/* 4:2:2 pre-reduced macroblocks (4x4 blocks) to 8x4 pixels: luma blocks 0
+ * and 2 side by side, chroma 4 a row. */
+ZanStatus zaniYCrCb422ToYCbCr422_8x4x5MB_DV_16s8u_P3C2R(const Zan16s* const pSrc[5], Zan8u* const pDst[5],
+                                                        Zan32s dstStep);
+/* Ten DV100 half macroblocks, each 16x8 pixels from four consecutive blocks
+ * at pSrc[i]: luma left, luma right, Cr, Cb; chroma 8 a row, one pair per
+ * two luma samples.  Arrays of ten pointers; a null array zanStsNullPtr,
+ * stops with zanStsOk at the first null entry. */
+ZanStatus zaniYCrCb422ToYCbCr422_10HalvesMB16x8_DV100_16s8u_P3C2R(const Zan16s* const pSrc[10],
+                                                                 Zan8u* const pDst[10], Zan32s dstStep);
 
 /* ==== end of dvoutput ==== */
 
