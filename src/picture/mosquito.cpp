@@ -319,7 +319,11 @@ ZanStatus zaniFilterDenoiseMosquitoInitAlloc_8u_C1(ZanDenoiseMosquitoState** ppS
     if (roiSize.width < 1 || roiSize.height < 1) return zanStsSizeBad;
     const std::int64_t W = roiSize.width, H = roiSize.height;
     const std::int64_t recBytes = round16((W / 8 + 1) * (H / 8 + 1) * 5 * 4);
-    const std::int64_t mapBytes = round16((W + 8) * (H + 8));
+    // The edge map keeps a 4-sample margin round the region, and a block whose
+    // origin lies near the region's last row or column reaches up to 12 rows
+    // and 12 columns beyond it: 16 spare rows (and a spare 16 bytes for the
+    // columns of the last row) keep every write inside the map.
+    const std::int64_t mapBytes = round16((W + 8) * (H + 8 + 16) + 16);
     const std::int64_t total = kFixedBytes + recBytes + mapBytes;
     if (total > 0x7FFFFFFF) return zanStsNoMem;
     Zan8u* mem = zansMalloc_8u(static_cast<Zan32s>(total));
