@@ -9,7 +9,10 @@
 # progressive frames that gave the top fields (luma PSNR, by ffmpeg).  Each
 # deinterlacer must come closer to them than line doubling of the top field
 # (also made by ffmpeg).  The vertical triangle filter is a low-pass over the
-# woven frame, not a field interpolator: its figure is printed, not judged.
+# woven frame, not a field interpolator: on the moving pattern its figure is
+# printed, not judged; it is judged on a still picture woven the same way,
+# where both fields hold the same instant and the filter must keep more of
+# the picture than line doubling does.
 # Before and after pictures of the blend go to OUTDIR as PNG (from the run on
 # the u8 path only, so that the two paths' runs never write one file).
 #
@@ -56,4 +59,18 @@ for method in blend edge median motion triangle; do
   echo "== $method: luma PSNR $got dB against $base dB for line doubling: $verdict"
   [ "$verdict" = ok ] || fail=1
 done
+# The still picture: one frame of the pattern held for 8 frames, woven.
+ffmpeg -v error -y -f lavfi -i "testsrc2=s=176x144:r=50" -frames:v 8 \
+  -vf "select=eq(n\,0),loop=loop=7:size=1:start=0,scale=352:288:flags=bicubic" -pix_fmt yuv420p "$work/source.y4m"
+ffmpeg -v error -y -i "$work/source.y4m" -vf "tinterlace=mode=interleave_top" -pix_fmt yuv420p "$work/woven.y4m"
+ffmpeg -v error -y -i "$work/source.y4m" -vf "select='not(mod(n\,2))',setpts=N/25/TB" -r 25 -pix_fmt yuv420p \
+  "$work/truth.y4m"
+ffmpeg -v error -y -i "$work/woven.y4m" -vf "field=type=top,scale=iw:ih*2:flags=neighbor" -pix_fmt yuv420p \
+  "$work/doubled.y4m"
+base=$(psnr_y "$work/doubled.y4m")
+"$zanvc" deinterlace "$work/woven.y4m" "$work/triangle.y4m" --method triangle
+got=$(psnr_y "$work/triangle.y4m")
+verdict=$(awk -v a="$got" -v b="$base" 'BEGIN { print (a > b) ? "ok" : "FAILED" }')
+echo "== still picture: triangle luma PSNR $got dB against $base dB for line doubling: $verdict"
+[ "$verdict" = ok ] || fail=1
 exit $fail
