@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -171,22 +170,12 @@ int deinterlace(int argc, char** argv) {
         if (s != zanStsOk) return std::fprintf(stderr, "zanvc deinterlace: blend record: status %d\n", s), 1;
     }
 
-    // Frames base .. base + size - 1 of the input are held; frame k needs
-    // k - 1 .. k + 2, clamped to the frames that exist.
-    std::deque<std::vector<std::uint8_t>> held;
-    long base = 0, total = -1, done = 0;
+    // Frame k needs frames k - 1 .. k + 2, clamped to the frames that exist.
     const size_t bytes = frame_bytes(info);
     std::vector<std::uint8_t> out(bytes);
     Progress progress("deinterlace", reader.frame_count());
     int rc = 0;
-    auto process = [&](long k) -> bool {
-        const long last = total >= 0 ? total - 1 : base + static_cast<long>(held.size()) - 1;
-        auto frame = [&](long j) -> std::vector<std::uint8_t>& {
-            if (j < 0) j = 0;
-            if (j > last) j = last;
-            if (j < base) j = base;
-            return held[static_cast<size_t>(j - base)];
-        };
+    auto process = [&](long k, const FrameAt& frame) -> bool {
         std::vector<std::uint8_t>* f[4] = {&frame(k - 1), &frame(k), &frame(k + 1), &frame(k + 2)};
         std::memcpy(out.data(), f[1]->data(), bytes);
         for (int i = 0; i < plane_count(info.fmt); ++i) {
@@ -203,39 +192,11 @@ int deinterlace(int argc, char** argv) {
         if (o.pngBefore && k == o.pngFrame && !write_preview(o.pngBefore, info, *f[1])) return false;
         if (o.pngAfter && k == o.pngFrame && !write_preview(o.pngAfter, info, out)) return false;
         if (!writer.write(out.data(), bytes, err)) return std::fprintf(stderr, "zanvc deinterlace: %s\n", err.c_str()), false;
-        progress.update(++done);
+        progress.update(k + 1);
         return true;
     };
-    for (;;) {
-        std::vector<std::uint8_t> frame;
-        if (!reader.read(frame, err)) {
-            if (!err.empty()) {
-                std::fprintf(stderr, "zanvc deinterlace: %s\n", err.c_str());
-                rc = 1;
-            }
-            break;
-        }
-        held.push_back(std::move(frame));
-        const long newest = base + static_cast<long>(held.size()) - 1;
-        if (newest - 2 >= done) {
-            if (!process(done)) {
-                rc = 1;
-                break;
-            }
-            while (base < done - 1) {
-                held.pop_front();
-                ++base;
-            }
-        }
-    }
-    if (rc == 0) {
-        total = base + static_cast<long>(held.size());
-        while (done < total)
-            if (!process(done)) {
-                rc = 1;
-                break;
-            }
-    }
+    long done = 0;
+    if (!for_each_frame(reader, 2, "deinterlace", process, done)) rc = 1;
     progress.finish();
     if (blend) zaniDeinterlaceBlendFree_8u_C1(blend);
     if (!writer.close(err) && rc == 0) {

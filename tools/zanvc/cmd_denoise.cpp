@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -133,16 +132,9 @@ int denoise(int argc, char** argv) {
         }
     }
 
-    std::deque<std::vector<std::uint8_t>> held;  // frames base .. base + size - 1
-    long base = 0, total = -1, done = 0;
+    // Frame k needs frames k - 1 .. k + 1, clamped to the frames that exist.
     Progress progress("denoise", reader.frame_count());
-    auto process = [&](long k) -> bool {
-        const long last = total >= 0 ? total - 1 : base + static_cast<long>(held.size()) - 1;
-        auto frame = [&](long j) -> std::vector<std::uint8_t>& {
-            if (j > last) j = last;
-            if (j < base) j = base;
-            return held[static_cast<size_t>(j - base)];
-        };
+    auto process = [&](long k, const FrameAt& frame) -> bool {
         std::vector<std::uint8_t>* f[3] = {&frame(k - 1), &frame(k), &frame(k + 1)};
         std::memcpy(out.data(), f[1]->data(), bytes);
         for (int i = 0; i < planes; ++i) {
@@ -167,39 +159,11 @@ int denoise(int argc, char** argv) {
         if (o.pngBefore && k == o.pngFrame && !write_preview(o.pngBefore, info, *f[1])) return false;
         if (o.pngAfter && k == o.pngFrame && !write_preview(o.pngAfter, info, out)) return false;
         if (!writer.write(out.data(), bytes, err)) return std::fprintf(stderr, "zanvc denoise: %s\n", err.c_str()), false;
-        progress.update(++done);
+        progress.update(k + 1);
         return true;
     };
-    while (rc == 0) {
-        std::vector<std::uint8_t> frame;
-        if (!reader.read(frame, err)) {
-            if (!err.empty()) {
-                std::fprintf(stderr, "zanvc denoise: %s\n", err.c_str());
-                rc = 1;
-            }
-            break;
-        }
-        held.push_back(std::move(frame));
-        const long newest = base + static_cast<long>(held.size()) - 1;
-        if (newest - 1 >= done) {
-            if (!process(done)) {
-                rc = 1;
-                break;
-            }
-            while (base < done - 1) {
-                held.pop_front();
-                ++base;
-            }
-        }
-    }
-    if (rc == 0) {
-        total = base + static_cast<long>(held.size());
-        while (done < total)
-            if (!process(done)) {
-                rc = 1;
-                break;
-            }
-    }
+    long done = 0;
+    if (rc == 0 && !for_each_frame(reader, 1, "denoise", process, done)) rc = 1;
     progress.finish();
     for (ZanDenoiseAdaptiveState* s : states)
         if (s) zaniFilterDenoiseAdaptiveFree_8u_C1(s);

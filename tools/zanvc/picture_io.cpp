@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 
 namespace zanvc_tool {
 
@@ -361,6 +362,40 @@ void Progress::update(long done) {
 void Progress::finish() {
     if (shown_) std::fputc('\n', stderr);
     shown_ = false;
+}
+
+bool for_each_frame(VideoReader& reader, int ahead, const char* name,
+                    const std::function<bool(long k, const FrameAt& frame)>& process, long& done) {
+    std::deque<std::vector<std::uint8_t>> held;  // frames base .. base + size - 1
+    long base = 0, total = -1;
+    done = 0;
+    const FrameAt frame = [&](long j) -> std::vector<std::uint8_t>& {
+        const long last = total >= 0 ? total - 1 : base + static_cast<long>(held.size()) - 1;
+        if (j > last) j = last;
+        if (j < base) j = base;
+        return held[static_cast<size_t>(j - base)];
+    };
+    std::string err;
+    for (;;) {
+        std::vector<std::uint8_t> f;
+        if (!reader.read(f, err)) {
+            if (!err.empty()) return std::fprintf(stderr, "zanvc %s: %s\n", name, err.c_str()), false;
+            break;
+        }
+        held.push_back(std::move(f));
+        if (base + static_cast<long>(held.size()) - 1 - ahead >= done) {
+            if (!process(done, frame)) return false;
+            ++done;
+            while (base < done - 1) {
+                held.pop_front();
+                ++base;
+            }
+        }
+    }
+    total = base + static_cast<long>(held.size());
+    for (; done < total; ++done)
+        if (!process(done, frame)) return false;
+    return true;
 }
 
 int parse_video_option(int argc, char** argv, int i, VideoInfo& hint, std::string& err) {

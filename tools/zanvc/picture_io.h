@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -108,6 +109,17 @@ private:
     double last_ = 0.0;
     double start_ = 0.0;
 };
+
+// Frame j of the input as a window over it sees it: clamped to the frames
+// that exist and that the window still holds.
+using FrameAt = std::function<std::vector<std::uint8_t>&(long j)>;
+// Reads the input in order and calls process(k, frame) for every frame k as
+// soon as frames up to k + ahead are read (or the input has ended); frames
+// from k - 1 on stay available.  done receives the number of frames
+// processed.  False on a damaged input (message printed, prefixed with
+// "zanvc NAME") or when process returns false.
+bool for_each_frame(VideoReader& reader, int ahead, const char* name,
+                    const std::function<bool(long k, const FrameAt& frame)>& process, long& done);
 
 // The options every picture command shares for its input: --size WxH,
 // --pix-fmt NAME and --rate N[/D].  Returns the number of arguments used at
