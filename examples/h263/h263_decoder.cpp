@@ -2,8 +2,8 @@
 // pictures, the picture, group-of-blocks and macroblock layers) to raw
 // yuv420p pictures, using only the public zanvc interface.  Beyond the
 // baseline it reads the extended picture type of H.263 version 2 (standard
-// sizes, rounding type, the slice structured mode with slices that start a
-// row of macroblocks) and these optional modes:
+// sizes, rounding type, the slice structured mode with slices in
+// macroblock order starting at any macroblock) and these optional modes:
 //   - unrestricted motion vectors: vectors reaching outside the picture
 //     (edge samples repeat), the extended range of version 1 and the
 //     single-valued vector-difference code of version 2;
@@ -225,11 +225,13 @@ public:
 
 private:
     bool parse_header(Bits& b, std::string& err);
-    bool decode_mb(Bits& b, int mbx, int mby, bool gob_header_row, std::string& err);
+    bool decode_mb(Bits& b, int mbx, int mby, std::string& err);
+    bool segment_start(Bits& b, std::size_t mbi, std::string& err, bool& found);
+    bool same_segment(int mbx, int mby, int nx, int ny) const;
     bool read_mv(Bits& b, int pred, int& v);
     bool read_mv_pair(Bits& b, const Mv& pred, Mv& mv);
     Mv grid(int bx, int by) const;
-    Mv predict(int mbx, int mby, int k, bool top) const;
+    Mv predict(int mbx, int mby, int k) const;
     const Zan8u* ref_block(Plane& p, int x, int y, int n, const Mv& v, Zan32s& acc);
     void predict_chroma(int mbx, int mby, const Mv& cv);
     void luma_overlapped(int mbx, int mby);
@@ -265,7 +267,9 @@ private:
     std::vector<std::uint8_t> kind_;  // MbKind of each macroblock
     std::vector<Mv> mv8_;             // vector of each 8x8 luminance block
     std::vector<IntraPred> ipy_, ipcb_, ipcr_;  // intra prediction state
-    std::vector<std::uint8_t> gobtop_;  // 1 for a macroblock in the first row after a GOB or slice header
+    // Segment of each macroblock: a new one starts at each GOB header and
+    // slice header.  Vector and intra prediction do not reach into another.
+    std::vector<int> segment_;
     // Overlapped compensation waits for the vector of the macroblock to the
     // right, so the luminance residual of an inter macroblock is kept here
     // (four blocks of 64) and added once the whole picture's vectors are known.
@@ -462,14 +466,23 @@ Mv Decoder::grid(int bx, int by) const {
     return mv8_[static_cast<std::size_t>(by) * 2 * mbw_ + bx];
 }
 
+// Whether macroblock (nx, ny) lies in the picture and in the segment of
+// macroblock (mbx, my).
+bool Decoder::same_segment(int mbx, int mby, int nx, int ny) const {
+    if (nx < 0 || ny < 0 || nx >= mbw_ || ny >= mbh_) return false;
+    return segment_[static_cast<std::size_t>(ny) * mbw_ + nx] == segment_[static_cast<std::size_t>(mby) * mbw_ + mbx];
+}
+
 // Vector prediction for block k (0..3, 0 also for a one-vector macroblock):
 // the median of the vectors to the left, above and above right (for block
-// 3 above left, inside the macroblock).  In the first row of the picture or
-// of a GOB with a header, blocks 0 and 1 take the left vector alone.
-Mv Decoder::predict(int mbx, int mby, int k, bool top) const {
+// 3 above left, inside the macroblock).  A left neighbour outside the
+// picture or the segment counts as zero; when the macroblock above is
+// outside them, blocks 0 and 1 take the left vector alone; an above-right
+// neighbour past the right edge counts as zero.
+Mv Decoder::predict(int mbx, int mby, int k) const {
     int bx = 2 * mbx + (k & 1), by = 2 * mby + (k >> 1);
-    Mv a = grid(bx - 1, by);
-    if ((top || mby == 0) && k < 2) return a;
+    Mv a = (k & 1) || same_segment(mbx, mby, mbx - 1, mby) ? grid(bx - 1, by) : Mv{};
+    if (k < 2 && !same_segment(mbx, mby, mbx, mby - 1)) return a;
     static const int kOff[4] = {2, 1, 1, -1};
     Mv bb = grid(bx, by - 1);
     Mv c = grid(bx + kOff[k], by - 1);
@@ -684,7 +697,7 @@ bool Decoder::inter_block(Bits& b, int qp, std::uint8_t* dst, int step, std::str
     return true;
 }
 
-bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool top, std::string& err) {
+bool Decoder::decode_mb(Bits& b, int mbx, int mby, std::string& err) {
     Picture& cur = pic_[cur_];
     Picture& ref = pic_[cur_ ^ 1];
     std::size_t mbi = static_cast<std::size_t>(mby) * mbw_ + mbx;
@@ -730,6 +743,7 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool top, std::string& err) {
     // also writes them without it (-flags +mv4), and its decoder then
     // predicts each block from its own vector without overlapping, as here.
     bool four = type == 2 || type == 5;
+    bool left_ok = same_segment(mbx, mby, mbx - 1, mby), above_ok = same_segment(mbx, mby, mbx, mby - 1);
     int aic_mode = 0;
     if (intra && aic_) {
         if (b.get(1)) aic_mode = 1 + static_cast<int>(b.get(1));
@@ -769,8 +783,8 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool top, std::string& err) {
             bool ok;
             if (aic_) {
                 std::size_t g = gs[k];
-                const IntraPred* left = (k & 1) || mbx > 0 ? &ipy_[g - 1] : nullptr;
-                const IntraPred* above = (k >> 1) || (mby > 0 && !top) ? &ipy_[g - 2 * mbw_] : nullptr;
+                const IntraPred* left = (k & 1) || left_ok ? &ipy_[g - 1] : nullptr;
+                const IntraPred* above = (k >> 1) || above_ok ? &ipy_[g - 2 * mbw_] : nullptr;
                 ok = intra_block_aic(b, c, qy, aic_mode, ipy_[g], left, above, d, cur.y.stride, err);
             } else {
                 ok = intra_block(b, c, qy, d, cur.y.stride, err);
@@ -784,8 +798,8 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool top, std::string& err) {
             bool ok;
             if (aic_) {
                 std::vector<IntraPred>& ip = *ips[k];
-                const IntraPred* left = mbx > 0 ? &ip[mbi - 1] : nullptr;
-                const IntraPred* above = mby > 0 && !top ? &ip[mbi - mbw_] : nullptr;
+                const IntraPred* left = left_ok ? &ip[mbi - 1] : nullptr;
+                const IntraPred* above = above_ok ? &ip[mbi - mbw_] : nullptr;
                 ok = intra_block_aic(b, c, qc, aic_mode, ip[mbi], left, above, cds[k], cur.cb.stride, err);
             } else {
                 ok = intra_block(b, c, qc, cds[k], cur.cb.stride, err);
@@ -800,7 +814,7 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool top, std::string& err) {
     if (!four) {
         kind_[mbi] = kInter;
         Mv mv;
-        if (!read_mv_pair(b, predict(mbx, mby, 0, top), mv)) {
+        if (!read_mv_pair(b, predict(mbx, mby, 0), mv)) {
             err = "bad MVD";
             return false;
         }
@@ -818,7 +832,7 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, bool top, std::string& err) {
         Mv sum;
         for (int k = 0; k < 4; ++k) {
             Mv mv;
-            if (!read_mv_pair(b, predict(mbx, mby, k, top), mv)) {
+            if (!read_mv_pair(b, predict(mbx, mby, k), mv)) {
                 err = "bad MVD of block " + std::to_string(k);
                 return false;
             }
@@ -900,6 +914,54 @@ void Decoder::deblock() {
     }
 }
 
+// Looks for a header before macroblock mbi: in slice structured mode a
+// slice may start at any macroblock, otherwise a GOB header may precede the
+// first row of each GOB.  Start codes may follow zero stuffing up to a byte
+// boundary.  found tells whether a header was read.
+bool Decoder::segment_start(Bits& b, std::size_t mbi, std::string& err, bool& found) {
+    found = false;
+    int mbx = static_cast<int>(mbi % static_cast<std::size_t>(mbw_)), mby = static_cast<int>(mbi / static_cast<std::size_t>(mbw_));
+    if (!slices_ && (mbx != 0 || mby % rows_per_gob_ != 0)) return true;
+    std::size_t save = b.pos;
+    std::size_t aligned = (b.pos + 7) & ~std::size_t{7};
+    if (aligned != b.pos && b.peek(static_cast<int>(aligned - b.pos)) == 0) b.pos = aligned;
+    if (b.peek(17) != 1) {
+        b.pos = save;
+        return true;
+    }
+    b.skip(17);
+    found = true;
+    if (slices_) {
+        // Slice header: SSC, SEPB1, MBA, SEPB2 (long addresses only),
+        // SQUANT, SEPB3, GFID.
+        int mba = -1;
+        if (b.get(1) == 1) mba = static_cast<int>(b.get(mba_bits_));
+        if (mba_bits_ > 9 && b.get(1) != 1) mba = -1;
+        quant_ = static_cast<int>(b.get(5));
+        if (b.get(1) != 1) mba = -1;
+        b.skip(2);
+        if (mba < 0 || static_cast<std::size_t>(mba) != mbi || quant_ == 0) {
+            err = "bad slice header (address " + std::to_string(mba) + " before macroblock " + std::to_string(mbi) +
+                  ", quantiser " + std::to_string(quant_) + ")";
+            return false;
+        }
+        return true;
+    }
+    int gob = mby / rows_per_gob_;
+    int gn = static_cast<int>(b.get(5));
+    if (gn != gob) {
+        err = "GOB " + std::to_string(gob) + " expected, GOB number " + std::to_string(gn) + " found";
+        return false;
+    }
+    b.skip(2);  // GFID (GSBI would precede it with CPM, which these streams do not use)
+    quant_ = static_cast<int>(b.get(5));
+    if (quant_ == 0) {
+        err = "GQUANT 0";
+        return false;
+    }
+    return true;
+}
+
 bool Decoder::decode_picture(Bits& b, std::string& err) {
     if (!parse_header(b, err)) return false;
     cur_ ^= 1;
@@ -924,60 +986,21 @@ bool Decoder::decode_picture(Bits& b, std::string& err) {
             return false;
         }
     }
-    int gobs = mbh_ / rows_per_gob_;
-    for (int gob = 0; gob < gobs; ++gob) {
-        bool header = false;
-        if (gob > 0) {
-            // GBSC, possibly after stuffing to a byte boundary.
-            std::size_t save = b.pos;
-            std::size_t aligned = (b.pos + 7) & ~std::size_t{7};
-            if (aligned != b.pos && b.peek(static_cast<int>(aligned - b.pos)) == 0) b.pos = aligned;
-            if (b.peek(17) == 1 && slices_) {
-                // Slice header: SSC, SEPB1, MBA, SEPB2 (long addresses only),
-                // SQUANT, SEPB3, GFID.  Only slices that start a row of
-                // macroblocks are handled.
-                b.skip(17);
-                int mba = -1;
-                if (b.get(1) == 1) mba = static_cast<int>(b.get(mba_bits_));
-                if (mba_bits_ > 9 && b.get(1) != 1) mba = -1;
-                quant_ = static_cast<int>(b.get(5));
-                if (b.get(1) != 1) mba = -1;
-                b.skip(2);
-                if (mba != gob * rows_per_gob_ * mbw_ || quant_ == 0) {
-                    err = "unsupported or bad slice header (address " + std::to_string(mba) + ")";
-                    return false;
-                }
-                header = true;
-            } else if (b.peek(17) == 1) {
-                b.skip(17);
-                int gn = static_cast<int>(b.get(5));
-                if (gn != gob) {
-                    err = "GOB " + std::to_string(gob) + " expected, GOB number " + std::to_string(gn) + " found";
-                    return false;
-                }
-                b.skip(2);  // GFID (GSBI would precede it with CPM, which these streams do not use)
-                quant_ = static_cast<int>(b.get(5));
-                if (quant_ == 0) {
-                    err = "GQUANT 0";
-                    return false;
-                }
-                header = true;
-            } else {
-                b.pos = save;
-            }
+    segment_.assign(mbs, 0);
+    int segment = 0;
+    for (std::size_t mbi = 0; mbi < mbs; ++mbi) {
+        int mbx = static_cast<int>(mbi % static_cast<std::size_t>(mbw_)), mby = static_cast<int>(mbi / static_cast<std::size_t>(mbw_));
+        bool found = false;
+        if (mbi > 0 && !segment_start(b, mbi, err, found)) return false;
+        if (found) ++segment;
+        segment_[mbi] = segment;
+        if (!decode_mb(b, mbx, mby, err)) {
+            err = "macroblock (" + std::to_string(mbx) + "," + std::to_string(mby) + "): " + err;
+            return false;
         }
-        for (int r = 0; r < rows_per_gob_; ++r) {
-            int mby = gob * rows_per_gob_ + r;
-            for (int mbx = 0; mbx < mbw_; ++mbx) {
-                if (!decode_mb(b, mbx, mby, header && r == 0, err)) {
-                    err = "macroblock (" + std::to_string(mbx) + "," + std::to_string(mby) + "): " + err;
-                    return false;
-                }
-                if (b.overrun()) {
-                    err = "stream ends inside macroblock (" + std::to_string(mbx) + "," + std::to_string(mby) + ")";
-                    return false;
-                }
-            }
+        if (b.overrun()) {
+            err = "stream ends inside macroblock (" + std::to_string(mbx) + "," + std::to_string(mby) + ")";
+            return false;
         }
     }
     if (ap_ && !intra_pic_)

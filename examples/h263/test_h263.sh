@@ -215,6 +215,12 @@ run_enc p_all_cif    mandelbrot 352 288 12 7 +aic+mv4 "$pan_cif" -umv 1
 # The deblocking filter with modified quantisation (chrominance edges take
 # the chrominance quantiser) and unrestricted vectors.
 run p_aic_db_qcif  testsrc2   176 144 24 9 -flags +aic+loop -umv 1 -vf "$pan_qcif"
+# Slices that start at any macroblock (-ps: a slice per packet of about that
+# many bytes): vector and intra prediction stop at slice edges.
+run p_slice_qcif   testsrc2   176 144 24 6 -ps 200
+run p_slice_aic    testsrc2   176 144 24 6 -flags +aic -umv 1 -ps 300
+run p_slice_cif_db mandelbrot 352 288 12 8 -flags +aic+loop -ps 400
+run p_slice_mv4    testsrc2   176 144 24 5 -flags +mv4 -umv 1 -ps 150 -vf "$pan_qcif"
 codec=
 
 # Damaged streams: truncated at several points and with flipped bits.  The
@@ -233,8 +239,8 @@ check_damaged() {
 }
 # Streams of every mode: baseline, version 2 with deblocking, advanced
 # prediction with four vectors, unrestricted vectors, advanced intra coding
-# with modified quantisation, and all together.
-for base in qcif_q5 p_qcif_db5 ap4_qcif_q5 p_umv_qcif_pan p_aic_qcif_q8 p_all_qcif; do
+# with modified quantisation, all together, and slices starting anywhere.
+for base in qcif_q5 p_qcif_db5 ap4_qcif_q5 p_umv_qcif_pan p_aic_qcif_q8 p_all_qcif p_slice_aic; do
     src="$tmp/$base.h263"
     if [ ! -s "$src" ]; then
         [ -n "$H263_ONLY" ] && continue
