@@ -2,11 +2,15 @@
 # Compares zanvc-h263dec with ffmpeg's own decoding of H.263 streams that
 # ffmpeg encodes (QCIF and CIF, I and P pictures, several quantisers, with and
 # without GOB headers; H.263 version 2 streams with slices, alternating
-# rounding and the deblocking filter).  The two decoders use different inverse
-# DCTs, so pictures are not byte-identical: every picture must reach a high
-# PSNR against ffmpeg's and a mean absolute difference below 0.5.  Then
-# truncated and damaged streams must be refused with a message or decoded,
-# never crash.
+# rounding and the deblocking filter; four vectors per macroblock,
+# unrestricted vectors, advanced intra coding with modified quantisation).
+# The two decoders use different inverse DCTs, so pictures are not
+# byte-identical: every picture must reach a high PSNR against ffmpeg's and a
+# mean absolute difference below 0.5.  Streams with overlapped compensation
+# are judged against the encoder's reconstruction instead (see run_enc).
+# Then truncated and damaged streams must be refused with a message or
+# decoded, never crash.
+# H263_ONLY=PATTERN (grep -E) runs only the matching streams.
 # Usage: test_h263.sh path/to/zanvc-h263dec
 dec=$1
 command -v ffmpeg >/dev/null 2>&1 || { echo "ffmpeg not found: skipped"; exit 77; }
@@ -56,7 +60,6 @@ PY
 run() {
     name=$1 src=$2 w=$3 h=$4 frames=$5 q=$6
     shift 6
-    # H263_ONLY=PATTERN runs only the streams whose name matches (grep -E).
     if [ -n "$H263_ONLY" ] && ! echo "$name" | grep -Eq "$H263_ONLY"; then return; fi
     set -- -c:v "${codec:-h263}" "$@"
     [ "$q" = "-" ] || set -- -q:v "$q" "$@"
