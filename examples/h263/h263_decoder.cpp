@@ -14,6 +14,7 @@
 //     alternate scans, and the quantiser without rounding offset;
 //   - modified quantisation: the quantiser step code, the chrominance
 //     quantiser and the extended escape of the coefficient code;
+//   - the alternative inter VLC (inter blocks coded with the intra table);
 //   - the deblocking filter (filters263).
 //
 // The library does the block work: coefficient decoding (coefdec), inverse
@@ -261,6 +262,7 @@ private:
     bool ap_ = false;         // advanced prediction (four vectors, overlapped luminance)
     bool aic_ = false;        // advanced intra coding
     bool mq_ = false;         // modified quantisation
+    bool aiv_ = false;        // alternative inter VLC
     int mba_bits_ = 0;        // length of a slice header's macroblock address
     std::vector<std::uint8_t> mbq_;   // quantiser of each macroblock
     std::vector<std::uint8_t> coded_; // 1 for a macroblock with COD 0
@@ -312,17 +314,17 @@ bool Decoder::parse_header(Bits& b, std::string& err) {
             aic_ = b.get(1) != 0;
             deblock_ = b.get(1) != 0;
             slices_ = b.get(1) != 0;
-            int rps = b.get(1), isd = b.get(1), aiv = b.get(1);
+            int rps = b.get(1), isd = b.get(1);
+            aiv_ = b.get(1) != 0;
             mq_ = b.get(1) != 0;
             if (b.get(4) != 8) {
                 err = "bad OPPTYPE marker bits";
                 return false;
             }
-            if (sac || rps || isd || aiv) {
+            if (sac || rps || isd) {
                 plus_fmt_ = 0;
                 err = std::string("optional mode not supported:") + (sac ? " arithmetic coding" : "") +
-                      (rps ? " reference picture selection" : "") + (isd ? " independent segments" : "") +
-                      (aiv ? " alternative inter VLC" : "");
+                      (rps ? " reference picture selection" : "") + (isd ? " independent segments" : "");
                 return false;
             }
             if (fmt < 1 || fmt > 5) {
@@ -377,6 +379,7 @@ bool Decoder::parse_header(Bits& b, std::string& err) {
         slices_ = false;
         aic_ = false;
         mq_ = false;
+        aiv_ = false;
         plus_fmt_ = 0;
     }
     quant_ = static_cast<int>(b.get(5));
@@ -673,6 +676,9 @@ bool Decoder::residual(Bits& b, int qp, Zan16s* res, std::string& err) {
     alignas(16) Zan16s coef[64];
     Zan32s last = -1;
     ZanStatus st = zaniDecodeCoeffsInter_H263_1u16s(&p, &off, coef, &last, mq_ ? 1 : 0, 0);
+    // Alternative inter VLC: a block the inter table cannot decode (its runs
+    // would pass 64 coefficients) is coded with the advanced intra table.
+    if (st != zanStsOk && aiv_) st = zaniDecodeCoeffsIntra_H263_1u16s(&p, &off, coef, &last, 1, mq_ ? 1 : 0, 0);
     if (st != zanStsOk) {
         err = "bad inter coefficients (status " + std::to_string(st) + ")";
         return false;
@@ -753,7 +759,9 @@ bool Decoder::decode_mb(Bits& b, int mbx, int mby, std::string& err) {
         err = "bad CBPY";
         return false;
     }
-    int cbpy = intra ? cbpyv : 15 - cbpyv;
+    // Inter macroblocks invert CBPY, except that with the alternative inter
+    // VLC an inter macroblock with both chrominance blocks coded keeps it.
+    int cbpy = intra || (aiv_ && cbpc == 3) ? cbpyv : 15 - cbpyv;
     if (type == 1 || type == 4 || type == 5) {
         if (mq_) {
             if (b.get(1)) {

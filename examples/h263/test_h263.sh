@@ -3,7 +3,8 @@
 # ffmpeg encodes (QCIF and CIF, I and P pictures, several quantisers, with and
 # without GOB headers; H.263 version 2 streams with slices, alternating
 # rounding and the deblocking filter; four vectors per macroblock,
-# unrestricted vectors, advanced intra coding with modified quantisation).
+# unrestricted vectors, advanced intra coding with modified quantisation, the
+# alternative inter VLC).
 # The two decoders use different inverse DCTs, so pictures are not
 # byte-identical: every picture must reach a high PSNR against ffmpeg's and a
 # mean absolute difference below 0.5.  Streams with overlapped compensation
@@ -218,6 +219,12 @@ run_enc p_all_cif    mandelbrot 352 288 12 7 +aic+mv4 "$pan_cif" -umv 1
 # The deblocking filter with modified quantisation (chrominance edges take
 # the chrominance quantiser) and unrestricted vectors.
 run p_aic_db_qcif  testsrc2   176 144 24 9 -flags +aic+loop -umv 1 -vf "$pan_qcif"
+# Alternative inter VLC: inter blocks whose coefficients the inter table
+# cannot code within 64 positions use the intra table (checked: with that
+# fallback removed these streams fail to decode).
+run p_aiv_qcif_q4  testsrc2   176 144 16 4 -aiv 1
+run p_aiv_qcif_q2  mandelbrot 176 144 16 2 -aiv 1
+run p_aiv_aic_q2   testsrc2   176 144 16 2 -aiv 1 -flags +aic
 # Slices that start at any macroblock (-ps: a slice per packet of about that
 # many bytes): vector and intra prediction stop at slice edges.
 run p_slice_qcif   testsrc2   176 144 24 6 -ps 200
