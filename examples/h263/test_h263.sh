@@ -203,7 +203,7 @@ run_enc p_umv_ap_pan testsrc2  176 144 24 5 +mv4 "$pan_qcif" -umv 1
 # Advanced intra coding (ffmpeg turns on modified quantisation with it):
 # intra prediction modes, the intra table and alternate scans, the
 # quantiser without offset, the chrominance quantiser, the extended escape
-# at quantiser 1.  The modified quantiser step code is not exercised: with
+# at quantiser 1 (checked: decoded without that escape, the q1 stream fails).  The modified quantiser step code is not exercised: with
 # advanced intra coding and a varying quantiser ffmpeg's encoder writes the
 # two-bit DQUANT of the baseline, which its own decoder then misreads
 # ("cbpy damaged", "run overflow"), so no valid stream can be made here.
