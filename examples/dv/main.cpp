@@ -1,13 +1,15 @@
-// zanvc-dvdec: a DV decoder (25 Mb/s 4:1:1 and 4:2:0, 50 Mb/s 4:2:2) written
-// against the public zanvc interface only.
+// zanvc-dvdec: a DV decoder (25 Mb/s 4:1:1 and 4:2:0, 50 Mb/s 4:2:2, and
+// 100 Mb/s DVCPRO HD 1080/60i and 720/60p) written against the public zanvc
+// interface only.
 //
 //   zanvc-dvdec IN.dv OUT.yuv [--reduce 2|4|8]
 //
 // Reads raw DIF frames, finds each video segment (five DIF blocks), decodes
 // it with the library, dequantises and weights every block, runs the 8x8 or
 // 2-4-8 inverse transform by the block's DCT mode, and writes packed 4:2:2
-// (Y Cb Y Cr, "yuyv422") frames, or frames reduced by 2, 4 or 8.
-// DV100 is not handled: the program says so and stops.
+// (Y Cb Y Cr, "yuyv422") frames, or frames reduced by 2, 4 or 8 (25 and
+// 50 Mb/s only).  The 50 Hz forms of 100 Mb/s (1080/50i, 720/50p) are not
+// handled: the program says so and stops.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -87,13 +89,15 @@ struct Dequant {
 struct Format {
     int width, height;
     int seqs;      // DIF sequences per channel
-    int channels;  // 1 (25 Mb/s) or 2 (50 Mb/s)
+    int channels;  // 1 (25 Mb/s), 2 (50 Mb/s; 100 Mb/s 720p) or 4 (100 Mb/s 1080i)
     int sampling;  // 411, 420 or 422
+    int hd;        // 0, or 1080 or 720 for the 100 Mb/s systems
 };
 
-bool find_format(const std::vector<Zan8u>& data, Format& f) {
-    if (data.size() < 6 * 80) return false;
-    const bool pal = (data[3] & 0x80) != 0;
+// 0: found; 1: not a DV stream this program knows; 2: a 100 Mb/s 50 Hz system.
+int find_format(const std::vector<Zan8u>& data, Format& f) {
+    if (data.size() < 6 * 80) return 1;
+    const bool pal = (data[3] & 0x80) != 0;  // DSF bit of the header DIF block
     int stype = -1;
     // The source pack (0x60) in the VAUX DIF blocks 3..5 of the first sequence.
     for (int blk = 3; blk < 6 && stype < 0; ++blk)
@@ -107,16 +111,25 @@ bool find_format(const std::vector<Zan8u>& data, Format& f) {
     f.seqs = pal ? 12 : 10;
     f.width = 720;
     f.height = pal ? 576 : 480;
+    f.hd = 0;
+    f.sampling = 422;
     if (stype == 0 || stype < 0) {
         f.channels = 1;
         f.sampling = pal ? 420 : 411;
     } else if (stype == 4) {
         f.channels = 2;
-        f.sampling = 422;
+    } else if (stype == 0x14 || stype == 0x18) {
+        // 100 Mb/s: 1080 lines (four channels, 1280 luma samples a line at
+        // 60 Hz) or 720 lines (two channels, 960 samples).
+        if (pal) return 2;
+        f.hd = stype == 0x14 ? 1080 : 720;
+        f.channels = f.hd == 1080 ? 4 : 2;
+        f.width = f.hd == 1080 ? 1280 : 960;
+        f.height = f.hd;
     } else {
-        return false;
+        return 1;
     }
-    return true;
+    return 0;
 }
 
 struct MbPos {
@@ -154,6 +167,176 @@ MbPos mb_position(const Format& f, int chan, int seq, int slot, int m) {
     return {x, ((row * 2 + chan) * 3 + r) * 8, false};  // 4:2:2: 16x8 macroblocks
 }
 
+// ---------------------------------------------------------------- DV100
+
+// Quantisation step of a 100 Mb/s block by its QNO (class 0); each class
+// above 0 doubles it.  Measured on ffmpeg's DVCPRO HD encoder for QNO 2 to
+// 14 and classes 0 and 1 (the values agree with the step table of the
+// 100 Mb/s format as we know it: 1 to 8, then 16, 18, 20, 22, 24, 28, 52);
+// QNO 0 and 15 and classes 2 and 3 were not seen in our clips.
+const int kStep100[16] = {1, 1, 2, 3, 4, 5, 6, 7, 8, 16, 18, 20, 22, 24, 28, 52};
+
+// Weights of the 100 Mb/s dequantisation, raster order (row = vertical
+// frequency), in units of 1/32: the coefficient is level * step * w / 32,
+// which is what zaniQuantWeightBlockInv_DV100_16s_C1I computes with
+// qp = step.  By system (1080, 720) and component (luma, chroma).  The
+// published weighting tables were not available to us; these values were
+// measured as the median ratio, over tens of thousands of coded levels,
+// between the forward DCT of ffmpeg's decoded blocks and level * step, and
+// they come out as integers to within 0.1.  The matrices are symmetric; the
+// entries marked "x" in the comments were never coded in our probe clips
+// and are extended from their anti-diagonal neighbours.
+const Zan16s kWeight100[2][2][64] = {
+    {
+        // 1080, luma
+        {0,  16, 17, 18, 18, 19,  42,  44,  16, 17, 18, 18, 19, 38, 43,  45,  17, 18, 19, 19, 40, 41,
+         45, 48, 18, 18, 19, 40,  41,  42,  46, 49, 18, 19, 40, 41, 42, 43,  48,  101, 19, 38, 41, 42,
+         43, 44, 98, 104, 42, 43, 45, 46, 48, 98, 109, 116, 44, 45, 48, 49, 101, 104, 116, 123},
+        // 1080, chroma (x: rows 4-7 right of the anti-diagonal 10)
+        {0,  16, 17, 25, 26, 26,  42,  44,  16, 17, 25, 25, 26, 38,  43,  91,  17, 25, 26, 27, 40, 41,
+         91, 96, 25, 25, 27, 40,  41,  84,  93, 196, 26, 26, 40, 41, 84, 86, 191, 216, 26, 38, 41, 84,
+         86, 177, 216, 238, 42, 43, 91, 93, 191, 216, 238, 262, 44, 91, 96, 196, 216, 238, 262, 288},
+    },
+    {
+        // 720, luma (x: 108 and beyond)
+        {0,  16, 17, 18, 18, 19,  42,  44,  16, 17, 18, 18, 19, 38, 43,  68,  17, 18, 19, 19, 40, 41,
+         68, 96, 18, 18, 19, 40,  41,  63,  92, 98, 18, 19, 40, 41, 63, 86,  96,  108, 19, 38, 41, 63,
+         86, 88, 108, 119, 42, 43, 68, 92, 96, 108, 119, 131, 44, 68, 96, 98, 108, 119, 131, 144},
+        // 720, chroma (x: 211 and beyond, and 185, 182 below the diagonal)
+        {0,  24, 26, 36, 36, 38,  84,  88,  24, 26, 36, 36, 38, 76,  86,  182, 26, 36, 38, 38, 80, 82,
+         182, 192, 36, 36, 38, 80, 82, 168, 185, 211, 36, 38, 80, 82, 168, 172, 211, 232, 38, 76, 82, 168,
+         172, 211, 232, 255, 84, 86, 182, 185, 211, 232, 255, 280, 88, 182, 192, 211, 232, 255, 280, 308},
+    },
+};
+
+// Where the two 16x8 halves of a 100 Mb/s macroblock go (top-left pixels).
+// A macroblock is 16x16 pixels: Y0 Y1 above Y2 Y3, and Cr and Cb 8 wide by
+// 16 high, each as a top block then a bottom block (stream blocks 4, 5 Cr
+// and 6, 7 Cb); its top half is Y0 Y1 with the top chroma blocks.
+//
+// The arrangement, as we measured it on ffmpeg's DVCPRO HD encoder by
+// coding pictures of flat 8x8 blocks of distinct values and finding each
+// decoded DC in the picture (the published layout was not available to us;
+// test_dv.sh checks the whole picture against ffmpeg's decoding):
+// - Segment `slot` of DIF sequence `seq` in channel `chan` holds macroblock
+//   k = 27 seq + slot of five streams, one per super-block column: stream
+//   m = 0..4 lies in column group 2, 1, 3, 0, 4 (the same column order as
+//   the 25 Mb/s segment), each group 2w macroblocks wide, the odd channels
+//   taking its right half (w = 9 at 1080 lines, 6 at 720).
+// - Within a stream, five macroblocks k go down five bands of rows, then
+//   the next column (of w); after 5w macroblocks the next row of each band.
+//   The band of k is (k + r[m] + 2 (chan & 1) - (chan >> 1)) mod 5 with
+//   r = 1, 3, 4, 0, 2 (the row rotation of the 25 Mb/s segment, halved).
+// - 720 lines: bands of 9 rows, row 9 band + k / 30.
+// - 1080 lines: bands of 12 rows below 4 top rows; a channel pair shares
+//   them row by row (chan >> 1).  The column groups span 90 columns of
+//   which the picture has 80: the macroblocks of columns 80..89 (j = column
+//   - 80) take the remaining places: the top rows 0-3, the rows 64-66, and
+//   the last 8 lines, where a macroblock is split into its two halves side
+//   by side.
+void dv100_halves(const Format& f, int chan, int seq, int slot, int m, int x[2], int y[2]) {
+    static const int kGroup[5] = {2, 1, 3, 0, 4};
+    static const int kBand[5] = {1, 3, 4, 0, 2};
+    const int w = f.hd == 1080 ? 9 : 6;
+    const int k = seq * 27 + slot;
+    const int band = (k % 5 + kBand[m] + 2 * (chan & 1) - (chan >> 1) + 5) % 5;
+    const int col = (2 * kGroup[m] + (chan & 1)) * w + (k / 5) % w;
+    int row;
+    if (f.hd == 720) {
+        row = 9 * band + k / 30;
+    } else {
+        const int n = 12 * band + 2 * (k / 45) + (chan >> 1);  // 0..59
+        if (col < 80) {
+            row = 4 + n;
+        } else {
+            const int j = col - 80;
+            if (n >= 56) {  // the last 8 lines: halves side by side
+                x[0] = 32 * j + 320 * (n - 56);
+                x[1] = x[0] + 16;
+                y[0] = y[1] = 1072;
+                return;
+            }
+            const int group = n < 32 ? n / 4 : (n - 32) / 3;
+            row = n < 32 ? n % 4 : 64 + (n - 32) % 3;
+            x[0] = x[1] = (10 * group + j) * 16;
+            y[0] = row * 16;
+            y[1] = y[0] + 8;
+            return;
+        }
+    }
+    x[0] = x[1] = col * 16;
+    y[0] = row * 16;
+    y[1] = y[0] + 8;
+}
+
+// Decodes every frame of a 100 Mb/s stream into packed 4:2:2.  Returns the
+// exit status.
+int decode_dv100(const Format& f, const std::vector<Zan8u>& data, size_t frames, size_t frameBytes, FILE* out,
+                 const char* outName) {
+    const int sys = f.hd == 1080 ? 0 : 1;
+    const Zan32s step = f.width * 2;
+    std::vector<Zan8u> pic(size_t(step) * f.height);
+    alignas(16) static Zan16s blocks[40 * 64];
+    alignas(16) static Zan16s halves[10 * 4 * 64];  // per half: Y left, Y right, Cr, Cb
+    alignas(16) Zan16s t[64];
+    Zan32u param[40];
+    for (size_t fr = 0; fr < frames; ++fr) {
+        const Zan8u* frame = data.data() + fr * frameBytes;
+        for (int chan = 0; chan < f.channels; ++chan)
+            for (int seq = 0; seq < f.seqs; ++seq) {
+                const Zan8u* s0 = frame + size_t((chan * f.seqs + seq) * 150) * 80;
+                for (int slot = 0; slot < 27; ++slot) {
+                    const int v = slot * 5;
+                    const Zan8u* seg = s0 + size_t(6 + (v / 15) * 16 + 1 + v % 15) * 80;
+                    if ((seg[0] >> 5) != 4) {
+                        std::fprintf(stderr, "frame %zu: DIF block at channel %d sequence %d segment %d is not video\n",
+                                     fr, chan, seq, slot);
+                        return 1;
+                    }
+                    // The bit after each block's DC is no DCT mode at 100 Mb/s
+                    // (every block uses the 8x8 transform and the zigzag scan;
+                    // encoders set it on all blocks but the first of a
+                    // macroblock).  The library reads it as the mode, so a
+                    // copy of the segment has it cleared.
+                    Zan8u copy[400];
+                    std::memcpy(copy, seg, sizeof copy);
+                    for (int m = 0; m < 5; ++m)
+                        for (int j = 0, off = 80 * m + 4; j < 8; off += j < 6 ? 10 : 8, ++j) copy[off + 1] &= 0xBF;
+                    std::memset(blocks, 0, sizeof blocks);
+                    zaniHuffmanDecodeSegment_DV100_8u16s(copy, nullptr, nullptr, blocks, param);
+                    for (int i = 0; i < 40; ++i) {
+                        Zan16s* b = blocks + 64 * i;
+                        const int j = i % 8, cls = (param[i] >> 4) & 3, q = (param[i] >> 16) & 15;
+                        zaniQuantWeightBlockInv_DV100_16s_C1I(b, kWeight100[sys][j < 4 ? 0 : 1], kStep100[q] << cls);
+                        for (int r = 0; r < 8; ++r)
+                            for (int c = 0; c < 8; ++c) t[8 * c + r] = b[8 * r + c];
+                        // Block j of macroblock i / 8 goes to half 0 (Y0, Y1,
+                        // Cr top, Cb top) or half 1 (Y2, Y3, the bottom ones).
+                        const int half = 2 * (i / 8) + (j < 4 ? j >> 1 : (j - 4) & 1);
+                        const int pos = j < 4 ? (j & 1) : (j < 6 ? 2 : 3);
+                        zaniDCT8x8Inv_AANTransposed_16s_C1R(t, halves + 64 * (4 * half + pos), 16, 10);
+                    }
+                    const Zan16s* src[10];
+                    Zan8u* dst[10];
+                    for (int m = 0; m < 5; ++m) {
+                        int x[2], y[2];
+                        dv100_halves(f, chan, seq, slot, m, x, y);
+                        for (int h = 0; h < 2; ++h) {
+                            src[2 * m + h] = halves + 64 * 4 * (2 * m + h);
+                            dst[2 * m + h] = pic.data() + size_t(y[h]) * size_t(step) + size_t(x[h]) * 2;
+                        }
+                    }
+                    zaniYCrCb422ToYCbCr422_10HalvesMB16x8_DV100_16s8u_P3C2R(src, dst, step);
+                }
+            }
+        if (std::fwrite(pic.data(), 1, pic.size(), out) != pic.size()) {
+            std::perror(outName);
+            return 1;
+        }
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -177,8 +360,17 @@ int main(int argc, char** argv) {
     while ((got = std::fread(chunk, 1, sizeof chunk, in)) > 0) data.insert(data.end(), chunk, chunk + got);
     std::fclose(in);
     Format f;
-    if (!find_format(data, f)) {
-        std::fprintf(stderr, "%s: not a DV 25 or 50 Mb/s stream (DV100 and other kinds are not handled)\n", argv[1]);
+    const int found = find_format(data, f);
+    if (found == 2) {
+        std::fprintf(stderr, "%s: DV100 1080/50i and 720/50p are not handled (only the 60 Hz systems)\n", argv[1]);
+        return 1;
+    }
+    if (found != 0) {
+        std::fprintf(stderr, "%s: not a DV 25, 50 or 100 Mb/s stream\n", argv[1]);
+        return 1;
+    }
+    if (f.hd && reduce != 1) {
+        std::fprintf(stderr, "%s: --reduce is not offered for DV100\n", argv[1]);
         return 1;
     }
     const size_t frameBytes = size_t(f.seqs) * f.channels * 150 * 80;
@@ -192,6 +384,11 @@ int main(int argc, char** argv) {
     if (!out) {
         std::perror(argv[2]);
         return 1;
+    }
+    if (f.hd) {
+        const int status = decode_dv100(f, data, frames, frameBytes, out, argv[2]);
+        std::fclose(out);
+        return status;
     }
     static const Dequant dq;
     const int ow = f.width / reduce, oh = f.height / reduce;
