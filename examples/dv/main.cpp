@@ -137,34 +137,44 @@ struct MbPos {
     bool edge;
 };
 
-// Position of macroblock m (0..4) of segment `slot` of DIF sequence `seq` in
-// channel `chan`: the five macroblocks come from superblock rows seq + 2,
-// seq + 6, seq + 8, seq, seq + 4 (modulo the sequence count) and superblock
-// columns 2, 1, 3, 0, 4; within a superblock the macroblocks run in a
-// serpentine down and up its columns.
+// Macroblock arrangement of the 25 and 50 Mb/s formats, after the super
+// block and video segment structure of IEC 61834-2 (which SMPTE 314M keeps
+// for its 4:1:1 and 4:2:2 forms):
+// - The picture of a channel is cut into super blocks of 27 macroblocks,
+//   one row of super blocks per DIF sequence and five columns.
+// - Video segment `slot` of DIF sequence i carries macroblock number `slot`
+//   of five super blocks, in this order: row (i + 2) mod n of column 2,
+//   row (i + 6) mod n of column 1, (i + 8) mod n of column 3, i of column 0
+//   and (i + 4) mod n of column 4 (n sequences per channel).
+// - Inside a super block the macroblocks are numbered down the first
+//   macroblock column, up the second, down the third, and so on.
+//   625/50 4:2:0 and 4:2:2: 9 columns of 3 macroblocks of 16 pixels.
+//   525/60 4:1:1: columns of 6 macroblocks of 32x8 pixels, the super block
+//   being 4.5 columns wide: columns 1 and 3 begin with the lower half of a
+//   column they share with their left neighbour; the half column at the
+//   right edge of the picture holds three 16x16 macroblocks instead.
+// - 50 Mb/s 4:2:2: each channel codes every other row of super blocks
+//   (three rows of 16x8 macroblocks each), channel 0 first.
+// The clause text was not at hand when this was written; the rule was
+// checked on ffmpeg's encoder with pictures of flat 8x8 blocks of distinct
+// values, every macroblock's decoded DC landing where this rule puts it
+// (NTSC 4:1:1, PAL 4:2:0 and both 4:2:2 forms).
 MbPos mb_position(const Format& f, int chan, int seq, int slot, int m) {
-    static const int kRowOff[5] = {2, 6, 8, 0, 4};
-    static const int kCol[5] = {2, 1, 3, 0, 4};
-    const int row = (seq + kRowOff[m]) % f.seqs;
+    static const int kSbRow[5] = {2, 6, 8, 0, 4};  // added to the sequence number
+    static const int kSbCol[5] = {2, 1, 3, 0, 4};
+    const int sbRow = (seq + kSbRow[m]) % f.seqs, sbCol = kSbCol[m];
     if (f.sampling == 411) {
-        // Superblocks of 4.5 macroblock columns (32 pixels) by 6 rows (8
-        // lines); columns start at 0, 4, 9, 13, 18; those of columns 1 and 3
-        // begin halfway down their first column.
-        static const int kStart[5] = {0, 4, 9, 13, 18};
-        const int col = kCol[m];
-        const int k = slot + ((col == 1 || col == 3) ? 3 : 0);
-        const int cx = kStart[col] + k / 6;
-        int r = k % 6;
-        if ((k / 6) & 1) r = 5 - r;
-        if (cx > 21) return {704, (row * 6 + 2 * r) * 8, true};  // the 16x16 right-edge macroblocks
-        return {cx * 32, (row * 6 + r) * 8, false};
+        static const int kFirstColumn[5] = {0, 4, 9, 13, 18};  // in 32-pixel macroblock columns
+        const int n = slot + (sbCol == 1 || sbCol == 3 ? 3 : 0);
+        const int column = kFirstColumn[sbCol] + n / 6;
+        const int down = n % 6, row = (n / 6) % 2 ? 5 - down : down;
+        if (column == 22) return {704, (sbRow * 6 + 2 * row) * 8, true};  // 16x16 at the right edge
+        return {column * 32, (sbRow * 6 + row) * 8, false};
     }
-    // Superblocks of 9 macroblock columns (16 pixels) by 3 rows.
-    int r = slot % 3;
-    if ((slot / 3) & 1) r = 2 - r;
-    const int x = (kCol[m] * 9 + slot / 3) * 16;
-    if (f.sampling == 420) return {x, (row * 3 + r) * 16, false};
-    return {x, ((row * 2 + chan) * 3 + r) * 8, false};  // 4:2:2: 16x8 macroblocks
+    const int column = sbCol * 9 + slot / 3;
+    const int down = slot % 3, row = (slot / 3) % 2 ? 2 - down : down;
+    if (f.sampling == 420) return {column * 16, (sbRow * 3 + row) * 16, false};
+    return {column * 16, ((sbRow * f.channels + chan) * 3 + row) * 8, false};
 }
 
 // ---------------------------------------------------------------- DV100
