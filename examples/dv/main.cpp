@@ -132,6 +132,22 @@ int find_format(const std::vector<Zan8u>& data, Format& f) {
     return 0;
 }
 
+// Transposes a zigzag-coded block for the transposed inverse DCT and returns
+// the count that tells the transform how much of the block is coded: the
+// last scan position stored (0: DC alone; up to 9: only the 4x4 corner of
+// low frequencies, where the zigzag's first ten positions lie; else 10, the
+// whole block).  Only that part is copied.
+int transpose_for_idct(const Zan16s* b, Zan16s* t, int last) {
+    if (last == 0) {
+        t[0] = b[0];
+        return 0;
+    }
+    const int n = last <= 9 ? 4 : 8;
+    for (int y = 0; y < n; ++y)
+        for (int x = 0; x < n; ++x) t[8 * x + y] = b[8 * y + x];
+    return last <= 9 ? last : 10;
+}
+
 struct MbPos {
     int x, y;  // in pixels
     bool edge;
@@ -318,13 +334,12 @@ int decode_dv100(const Format& f, const std::vector<Zan8u>& data, size_t frames,
                         Zan16s* b = blocks + 64 * i;
                         const int j = i % 8, cls = (param[i] >> 4) & 3, q = (param[i] >> 16) & 15;
                         zaniQuantWeightBlockInv_DV100_16s_C1I(b, kWeight100[sys][j < 4 ? 0 : 1], kStep100[q] << cls);
-                        for (int r = 0; r < 8; ++r)
-                            for (int c = 0; c < 8; ++c) t[8 * c + r] = b[8 * r + c];
+                        const int count = transpose_for_idct(b, t, int((param[i] >> 8) & 255));
                         // Block j of macroblock i / 8 goes to half 0 (Y0, Y1,
                         // Cr top, Cb top) or half 1 (Y2, Y3, the bottom ones).
                         const int half = 2 * (i / 8) + (j < 4 ? j >> 1 : (j - 4) & 1);
                         const int pos = j < 4 ? (j & 1) : (j < 6 ? 2 : 3);
-                        zaniDCT8x8Inv_AANTransposed_16s_C1R(t, halves + 64 * (4 * half + pos), 16, 10);
+                        zaniDCT8x8Inv_AANTransposed_16s_C1R(t, halves + 64 * (4 * half + pos), 16, count);
                     }
                     const Zan16s* src[10];
                     Zan8u* dst[10];
@@ -434,9 +449,8 @@ int main(int argc, char** argv) {
                         } else if (mode) {
                             zaniDCT2x4x8Inv_16s_C1I(b);
                         } else {
-                            for (int y = 0; y < 8; ++y)
-                                for (int x = 0; x < 8; ++x) t[8 * x + y] = b[8 * y + x];
-                            zaniDCT8x8Inv_AANTransposed_16s_C1R(t, b, 16, 10);
+                            const int count = transpose_for_idct(b, t, int((param[i] >> 8) & 255));
+                            zaniDCT8x8Inv_AANTransposed_16s_C1R(t, b, 16, count);
                         }
                     }
                     const Zan16s* src[5] = {};
