@@ -1,6 +1,6 @@
 // zanvc-dvdec: a DV decoder (25 Mb/s 4:1:1 and 4:2:0, 50 Mb/s 4:2:2, and
-// 100 Mb/s DVCPRO HD 1080/60i and 720/60p) written against the public zanvc
-// interface only.
+// 100 Mb/s DVCPRO HD 1080/60i, 1080/50i, 720/60p and 720/50p) written
+// against the public zanvc interface only.
 //
 //   zanvc-dvdec IN.dv OUT.yuv [--reduce 2|4|8]
 //
@@ -8,8 +8,7 @@
 // it with the library, dequantises and weights every block, runs the 8x8 or
 // 2-4-8 inverse transform by the block's DCT mode, and writes packed 4:2:2
 // (Y Cb Y Cr, "yuyv422") frames, or frames reduced by 2, 4 or 8 (25 and
-// 50 Mb/s only).  The 50 Hz forms of 100 Mb/s (1080/50i, 720/50p) are not
-// handled: the program says so and stops.
+// 50 Mb/s only).
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -94,7 +93,7 @@ struct Format {
     int hd;        // 0, or 1080 or 720 for the 100 Mb/s systems
 };
 
-// 0: found; 1: not a DV stream this program knows; 2: a 100 Mb/s 50 Hz system.
+// 0: found; 1: not a DV stream this program knows.
 int find_format(const std::vector<Zan8u>& data, Format& f) {
     if (data.size() < 6 * 80) return 1;
     const bool pal = (data[3] & 0x80) != 0;  // DSF bit of the header DIF block
@@ -120,11 +119,10 @@ int find_format(const std::vector<Zan8u>& data, Format& f) {
         f.channels = 2;
     } else if (stype == 0x14 || stype == 0x18) {
         // 100 Mb/s: 1080 lines (four channels, 1280 luma samples a line at
-        // 60 Hz) or 720 lines (two channels, 960 samples).
-        if (pal) return 2;
+        // 60 Hz, 1440 at 50 Hz) or 720 lines (two channels, 960 samples).
         f.hd = stype == 0x14 ? 1080 : 720;
         f.channels = f.hd == 1080 ? 4 : 2;
-        f.width = f.hd == 1080 ? 1280 : 960;
+        f.width = f.hd == 1080 ? (pal ? 1440 : 1280) : 960;
         f.height = f.hd;
     } else {
         return 1;
@@ -235,8 +233,9 @@ const Zan16s kWeight100[2][2][64] = {
     },
 };
 
-// Where the two 16x8 halves of a 100 Mb/s macroblock go (top-left pixels).
-// A macroblock is 16x16 pixels: Y0 Y1 above Y2 Y3, and Cr and Cb 8 wide by
+// Where the two 16x8 halves of a 100 Mb/s macroblock go (top-left pixels);
+// false for a macroblock that carries no part of the picture.  A
+// macroblock is 16x16 pixels: Y0 Y1 above Y2 Y3, and Cr and Cb 8 wide by
 // 16 high, each as a top block then a bottom block (stream blocks 4, 5 Cr
 // and 6, 7 Cb); its top half is Y0 Y1 with the top chroma blocks.
 //
@@ -249,50 +248,65 @@ const Zan16s kWeight100[2][2][64] = {
 //   m = 0..4 lies in column group 2, 1, 3, 0, 4 (the same column order as
 //   the 25 Mb/s segment), each group 2w macroblocks wide, the odd channels
 //   taking its right half (w = 9 at 1080 lines, 6 at 720).
-// - Within a stream, five macroblocks k go down five bands of rows, then
-//   the next column (of w); after 5w macroblocks the next row of each band.
-//   The band of k is (k + r[m] + 2 (chan & 1) - (chan >> 1)) mod 5 with
-//   r = 1, 3, 4, 0, 2 (the row rotation of the 25 Mb/s segment, halved).
-// - 720 lines: bands of 9 rows, row 9 band + k / 30.
-// - 1080 lines: bands of 12 rows below 4 top rows; a channel pair shares
-//   them row by row (chan >> 1).  The column groups span 90 columns of
-//   which the picture has 80: the macroblocks of columns 80..89 (j = column
-//   - 80) take the remaining places: the top rows 0-3, the rows 64-66, and
-//   the last 8 lines, where a macroblock is split into its two halves side
-//   by side.
-void dv100_halves(const Format& f, int chan, int seq, int slot, int m, int x[2], int y[2]) {
+// - Within a stream, macroblocks k go down B bands of rows, one per band,
+//   then on to the next column (of w); after B w macroblocks the next row
+//   of each band.  The band of k is (k + r[m] + p chan parity + q pair) mod
+//   B, pair being chan >> 1.
+// - 720 lines (B = 5, r = 1, 3, 4, 0, 2, p = 2): bands of 9 rows, row
+//   9 band + k / 30.  At 50 Hz the sequences 10 and 11 carry no picture.
+// - 1080 lines, 60 Hz (B = 5, same r, p = 2, q = -1): bands of 12 rows
+//   below 4 top rows, row 4 + 12 band + 2 (k / 45) + pair.  The column
+//   groups span 90 columns of which the picture has 80: the macroblocks of
+//   columns 80..89 (j = column - 80), taken by their would-be row n =
+//   row - 4, fill the top rows 0-3 (n below 32: group n / 4 of ten columns,
+//   row n mod 4), the rows 64-66 (n below 56) and the last 8 lines (n of 56
+//   and up), where a macroblock is split into its two halves side by side.
+// - 1080 lines, 50 Hz (1440 wide, B = 11, r = 2, 6, 8, 0, 4, p = 4,
+//   q = -3): bands of 6 rows, row 6 band + 1 + 2 (k / 99) + pair, for
+//   k below 297; the last 27 macroblocks of each stream of channel 0, in
+//   stream order, fill row 0 and then the last 8 lines in split halves;
+//   those of the other channels carry no picture.
+bool dv100_halves(const Format& f, int chan, int seq, int slot, int m, int x[2], int y[2]) {
     static const int kGroup[5] = {2, 1, 3, 0, 4};
-    static const int kBand[5] = {1, 3, 4, 0, 2};
+    static const int kBand5[5] = {1, 3, 4, 0, 2};
+    static const int kBand11[5] = {2, 6, 8, 0, 4};
+    const bool hz50 = f.seqs == 12;
     const int w = f.hd == 1080 ? 9 : 6;
     const int k = seq * 27 + slot;
-    const int band = (k % 5 + kBand[m] + 2 * (chan & 1) - (chan >> 1) + 5) % 5;
     const int col = (2 * kGroup[m] + (chan & 1)) * w + (k / 5) % w;
-    int row;
+    const int pair = chan >> 1;
+    auto whole = [&](int c, int r) {
+        x[0] = x[1] = c * 16;
+        y[0] = r * 16;
+        y[1] = y[0] + 8;
+        return true;
+    };
+    auto split = [&](int left) {  // the last 8 lines
+        x[0] = left;
+        x[1] = left + 16;
+        y[0] = y[1] = f.height - 8;
+        return true;
+    };
     if (f.hd == 720) {
-        row = 9 * band + k / 30;
-    } else {
-        const int n = 12 * band + 2 * (k / 45) + (chan >> 1);  // 0..59
-        if (col < 80) {
-            row = 4 + n;
-        } else {
-            const int j = col - 80;
-            if (n >= 56) {  // the last 8 lines: halves side by side
-                x[0] = 32 * j + 320 * (n - 56);
-                x[1] = x[0] + 16;
-                y[0] = y[1] = 1072;
-                return;
-            }
-            const int group = n < 32 ? n / 4 : (n - 32) / 3;
-            row = n < 32 ? n % 4 : 64 + (n - 32) % 3;
-            x[0] = x[1] = (10 * group + j) * 16;
-            y[0] = row * 16;
-            y[1] = y[0] + 8;
-            return;
-        }
+        if (k >= 270) return false;
+        return whole(col, 9 * ((k % 5 + kBand5[m] + 2 * (chan & 1)) % 5) + k / 30);
     }
-    x[0] = x[1] = col * 16;
-    y[0] = row * 16;
-    y[1] = y[0] + 8;
+    if (hz50) {
+        if (k >= 297) {
+            if (chan != 0) return false;
+            const int i = 27 * m + k - 297;
+            return i < 90 ? whole(i, 0) : split(32 * (i - 90));
+        }
+        const int band = (k % 11 + kBand11[m] + 4 * (chan & 1) + 11 - 3 * pair) % 11;
+        return whole((2 * kGroup[m] + (chan & 1)) * 9 + (k / 11) % 9, 6 * band + 1 + 2 * (k / 99) + pair);
+    }
+    const int band = (k % 5 + kBand5[m] + 2 * (chan & 1) + 5 - pair) % 5;
+    const int n = 12 * band + 2 * (k / 45) + pair;  // 0..59
+    if (col < 80) return whole(col, 4 + n);
+    const int j = col - 80;
+    if (n < 32) return whole(10 * (n / 4) + j, n % 4);
+    if (n < 56) return whole(10 * ((n - 32) / 3) + j, 64 + (n - 32) % 3);
+    return split(32 * j + 320 * (n - 56));
 }
 
 // Decodes every frame of a 100 Mb/s stream into packed 4:2:2.  Returns the
@@ -341,17 +355,20 @@ int decode_dv100(const Format& f, const std::vector<Zan8u>& data, size_t frames,
                         const int pos = j < 4 ? (j & 1) : (j < 6 ? 2 : 3);
                         zaniDCT8x8Inv_AANTransposed_16s_C1R(t, halves + 64 * (4 * half + pos), 16, count);
                     }
-                    const Zan16s* src[10];
-                    Zan8u* dst[10];
+                    // The output form stops at its first null entry, so the
+                    // halves that carry picture go first.
+                    const Zan16s* src[10] = {};
+                    Zan8u* dst[10] = {};
+                    int n = 0;
                     for (int m = 0; m < 5; ++m) {
                         int x[2], y[2];
-                        dv100_halves(f, chan, seq, slot, m, x, y);
-                        for (int h = 0; h < 2; ++h) {
-                            src[2 * m + h] = halves + 64 * 4 * (2 * m + h);
-                            dst[2 * m + h] = pic.data() + size_t(y[h]) * size_t(step) + size_t(x[h]) * 2;
+                        if (!dv100_halves(f, chan, seq, slot, m, x, y)) continue;
+                        for (int h = 0; h < 2; ++h, ++n) {
+                            src[n] = halves + 64 * 4 * (2 * m + h);
+                            dst[n] = pic.data() + size_t(y[h]) * size_t(step) + size_t(x[h]) * 2;
                         }
                     }
-                    zaniYCrCb422ToYCbCr422_10HalvesMB16x8_DV100_16s8u_P3C2R(src, dst, step);
+                    if (n) zaniYCrCb422ToYCbCr422_10HalvesMB16x8_DV100_16s8u_P3C2R(src, dst, step);
                 }
             }
         if (std::fwrite(pic.data(), 1, pic.size(), out) != pic.size()) {
@@ -385,12 +402,7 @@ int main(int argc, char** argv) {
     while ((got = std::fread(chunk, 1, sizeof chunk, in)) > 0) data.insert(data.end(), chunk, chunk + got);
     std::fclose(in);
     Format f;
-    const int found = find_format(data, f);
-    if (found == 2) {
-        std::fprintf(stderr, "%s: DV100 1080/50i and 720/50p are not handled (only the 60 Hz systems)\n", argv[1]);
-        return 1;
-    }
-    if (found != 0) {
+    if (find_format(data, f) != 0) {
         std::fprintf(stderr, "%s: not a DV 25, 50 or 100 Mb/s stream\n", argv[1]);
         return 1;
     }
