@@ -197,7 +197,8 @@ MbPos mb_position(const Format& f, int chan, int seq, int slot, int m) {
 // above 0 doubles it.  Measured on ffmpeg's DVCPRO HD encoder for QNO 2 to
 // 14 and classes 0 and 1 (the values agree with the step table of the
 // 100 Mb/s format as we know it: 1 to 8, then 16, 18, 20, 22, 24, 28, 52);
-// QNO 0 and 15 and classes 2 and 3 were not seen in our clips.
+// QNO 0, 1 and 15 and classes 2 and 3 were not seen in our clips (QNO 0
+// is taken as 1).
 const int kStep100[16] = {1, 1, 2, 3, 4, 5, 6, 7, 8, 16, 18, 20, 22, 24, 28, 52};
 
 // Weights of the 100 Mb/s dequantisation, raster order (row = vertical
@@ -205,28 +206,31 @@ const int kStep100[16] = {1, 1, 2, 3, 4, 5, 6, 7, 8, 16, 18, 20, 22, 24, 28, 52}
 // which is what zaniQuantWeightBlockInv_DV100_16s_C1I computes with
 // qp = step.  By system (1080, 720) and component (luma, chroma).  The
 // published weighting tables were not available to us; these values were
-// measured as the median ratio, over tens of thousands of coded levels,
-// between the forward DCT of ffmpeg's decoded blocks and level * step, and
-// they come out as integers to within 0.1.  The matrices are symmetric; the
-// entries marked "x" in the comments were never coded in our probe clips
-// and are extended from their anti-diagonal neighbours.
+// measured as the median ratio, over up to tens of thousands of coded
+// levels per entry, between the forward DCT of ffmpeg's decoded blocks and
+// level * step; most come out within 0.1 of an integer.  The measured
+// matrices are symmetric.  Entries never seen coded in our probe clips are
+// taken from their mirror entry or else extended from their anti-diagonal
+// neighbours: 1080 chroma 196 at row 7 (mirror) and 216 and beyond; 720
+// luma 108 and beyond; 720 chroma 182 and 185 below the diagonal (mirror)
+// and 211 and beyond.
 const Zan16s kWeight100[2][2][64] = {
     {
         // 1080, luma
         {0,  16, 17, 18, 18, 19,  42,  44,  16, 17, 18, 18, 19, 38, 43,  45,  17, 18, 19, 19, 40, 41,
          45, 48, 18, 18, 19, 40,  41,  42,  46, 49, 18, 19, 40, 41, 42, 43,  48,  101, 19, 38, 41, 42,
          43, 44, 98, 104, 42, 43, 45, 46, 48, 98, 109, 116, 44, 45, 48, 49, 101, 104, 116, 123},
-        // 1080, chroma (x: rows 4-7 right of the anti-diagonal 10)
+        // 1080, chroma
         {0,  16, 17, 25, 26, 26,  42,  44,  16, 17, 25, 25, 26, 38,  43,  91,  17, 25, 26, 27, 40, 41,
          91, 96, 25, 25, 27, 40,  41,  84,  93, 196, 26, 26, 40, 41, 84, 86, 191, 216, 26, 38, 41, 84,
          86, 177, 216, 238, 42, 43, 91, 93, 191, 216, 238, 262, 44, 91, 96, 196, 216, 238, 262, 288},
     },
     {
-        // 720, luma (x: 108 and beyond)
+        // 720, luma
         {0,  16, 17, 18, 18, 19,  42,  44,  16, 17, 18, 18, 19, 38, 43,  68,  17, 18, 19, 19, 40, 41,
          68, 96, 18, 18, 19, 40,  41,  63,  92, 98, 18, 19, 40, 41, 63, 86,  96,  108, 19, 38, 41, 63,
          86, 88, 108, 119, 42, 43, 68, 92, 96, 108, 119, 131, 44, 68, 96, 98, 108, 119, 131, 144},
-        // 720, chroma (x: 211 and beyond, and 185, 182 below the diagonal)
+        // 720, chroma
         {0,  24, 26, 36, 36, 38,  84,  88,  24, 26, 36, 36, 38, 76,  86,  182, 26, 36, 38, 38, 80, 82,
          182, 192, 36, 36, 38, 80, 82, 168, 185, 211, 36, 38, 80, 82, 168, 172, 211, 232, 38, 76, 82, 168,
          172, 211, 232, 255, 84, 86, 182, 185, 211, 232, 255, 280, 88, 182, 192, 211, 232, 255, 280, 308},
