@@ -1,9 +1,11 @@
 #!/bin/sh
 # Compares zanvc-dvdec with ffmpeg's decoding of short clips from ffmpeg's
-# dvvideo encoder: 25 Mb/s NTSC 4:1:1 and PAL 4:2:0, 50 Mb/s 4:2:2, smooth
-# and noisy content (noisy blocks overflow into other blocks' space); then
-# reduced outputs against ffmpeg's decoding scaled by averaging, and damaged
-# streams the decoder must survive.
+# dvvideo encoder: 25 Mb/s NTSC 4:1:1 and PAL 4:2:0, 50 Mb/s 4:2:2, 100 Mb/s
+# (DVCPRO HD) 1080/60i, 1080/50i, 720/60p and 720/50p, smooth and noisy
+# content (noisy blocks overflow into other blocks' space); then reduced
+# outputs against ffmpeg's decoding scaled by averaging (25 and 50 Mb/s; the
+# program refuses them for 100 Mb/s), and damaged streams the decoder must
+# survive.
 # Usage: test_dv.sh path/to/zanvc-dvdec
 dec=$1
 here=$(dirname "$0")
@@ -73,6 +75,16 @@ print(n)' "$tmp/pal248.dv")
 if [ "${blocks248:-0}" -gt 1000 ]; then echo "ok   pal248 holds $blocks248 blocks in 2-4-8 mode"
 else echo "FAIL pal248 holds only ${blocks248:-0} blocks in 2-4-8 mode"; fail=1; fi
 make ntsc248 720x480 30000/1001 yuv411p "tinterlace=mode=merge" 60000/1001 "-flags +ildct" && full ntsc248 720 480 411
+# 100 Mb/s: 1280x1080 (1080/60i), 1440x1080 (1080/50i) and 960x720 (720/60p,
+# 720/50p), two frames each.
+make hd1080 1280x1080 30000/1001 yuv422p null && full hd1080 1280 1080 422
+make hd1080noise 1280x1080 30000/1001 yuv422p "noise=alls=30:allf=t" && full hd1080noise 1280 1080 422
+make hd1080i50 1440x1080 25 yuv422p "noise=alls=30:allf=t" && full hd1080i50 1440 1080 422
+make hd720 960x720 60000/1001 yuv422p null && full hd720 960 720 422
+make hd720noise 960x720 60000/1001 yuv422p "noise=alls=30:allf=t" && full hd720noise 960 720 422
+make hd720p50 960x720 50 yuv422p "noise=alls=30:allf=t" && full hd720p50 960 720 422
+if "$dec" "$tmp/hd720.dv" "$tmp/hd720.r2.yuv" --reduce 2 2>"$tmp/err"; then echo "FAIL 100 Mb/s --reduce accepted"; fail=1
+else echo "ok   100 Mb/s --reduce refused: $(cat "$tmp/err")"; fi
 for f in 2 4 8; do
     reduced pal420 720 576 $f
     reduced ntsc411 720 480 $f
@@ -93,6 +105,18 @@ for i in range(0, len(d), 80):
 open(sys.argv[2], "wb").write(d)
 PY
 if "$dec" "$tmp/bad.dv" "$tmp/bad.yuv"; then echo "ok   damaged payload decoded without failure"; else echo "FAIL damaged payload"; fail=1; fi
+python3 - "$tmp/hd1080noise.dv" "$tmp/badhd.dv" <<'PY'
+import random, sys
+d = bytearray(open(sys.argv[1], "rb").read())
+random.seed(5)
+for i in range(0, len(d), 80):
+    if d[i] >> 5 == 4:
+        for k in range(3, 80):
+            d[i + k] = random.randrange(256)
+open(sys.argv[2], "wb").write(d)
+PY
+if "$dec" "$tmp/badhd.dv" "$tmp/badhd.yuv"; then echo "ok   damaged 100 Mb/s payload decoded without failure"
+else echo "FAIL damaged 100 Mb/s payload"; fail=1; fi
 head -c 100000 "$tmp/pal420.dv" > "$tmp/short.dv"
 if "$dec" "$tmp/short.dv" "$tmp/short.yuv" 2>"$tmp/err"; then echo "FAIL truncated accepted"; fail=1
 else echo "ok   truncated refused: $(cat "$tmp/err")"; fi

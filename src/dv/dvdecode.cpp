@@ -1,10 +1,14 @@
 // DV segment decoding (three passes, with unfinished and spare block lists)
 // and the dequantisation of DV and DV100 blocks.
 //
-// The decoder reads codes from a 32-bit window built from up to 8 bytes of a
-// block's bits, one table look-up per code; a block's bits sit in a
-// zero-padded copy, so no read goes past its end and a code that does not
-// fit is told by its length against the bits left.
+// The decoder reads codes from a window built from up to 8 bytes of a
+// block's bits.  While nothing is held over and at least 16 bits (the
+// longest code) are left, one look-up in a 10-bit pair table gives up to
+// two codes, and one 64-bit window serves two such look-ups; near a block's
+// end and when joining held bits it takes one code per look-up and tests
+// its fit.  A block's bits sit in a zero-padded copy, so no read goes past
+// its end and a code that does not fit is told by its length against the
+// bits left.
 #include <cstdint>
 #include <cstring>
 
@@ -56,6 +60,13 @@ inline Zan32u peek32(const Block& b, Zan32s p) {
     return Zan32u((v << (p & 7)) >> 32);
 }
 
+// Top 64 bits from bit p (p <= 96, so bytes up to 19 of the 24 are read).
+inline std::uint64_t peek64(const Block& b, Zan32s p) {
+    std::uint64_t v;
+    std::memcpy(&v, b.buf + (p >> 3), 8);
+    return __builtin_bswap64(v) << (p & 7);
+}
+
 struct Code {
     Zan32s len;
     Zan32s step;
@@ -93,6 +104,56 @@ bool decode_from(Block& u, Block& s) {
     const Zan8u* const scan = u.scan;
     bool ended;
     for (;;) {
+        if (nheld == 0 && end - pos >= 16) {
+            // Common case: nothing held and room for any code, so no code
+            // can fall short of bits.  One 64-bit window serves two
+            // look-ups of up to two codes each (at most 32 bits).
+            std::uint64_t win = peek64(s, pos);
+            bool done = false;
+            for (int round = 0; round < 2 && end - pos >= 16; ++round) {
+                const Zan32u top = Zan32u(win >> 32);
+                const dv::PairRow& p = dv::kPairTable.row[top >> 22];
+                if (p.len1 == 0) {  // a code of more than 9 bits, alone
+                    const Code c = decode_code(top);
+                    pos += c.len;
+                    win <<= c.len;
+                    counter += c.step;
+                    if (counter >= 0) {
+                        u.eob = ((top >> 23) & 480u) == 192u ? 1u : 0u;
+                        done = true;
+                        break;
+                    }
+                    last = counter + 64;
+                    coef[scan[last]] = Zan16s(c.level);
+                    continue;
+                }
+                counter += p.step1;
+                if (counter >= 0) {
+                    pos += p.len1;
+                    u.eob = p.step1 == 64 ? 1u : 0u;
+                    done = true;
+                    break;
+                }
+                last = counter + 64;
+                coef[scan[last]] = p.level1;
+                const Zan32s n = p.len1 + p.len2;
+                pos += n;
+                win <<= n;
+                counter += p.step2;
+                if (counter >= 0) {
+                    u.eob = p.step2 == 64 ? 1u : 0u;
+                    done = true;
+                    break;
+                }
+                last = counter + 64;
+                coef[scan[last]] = p.level2;
+            }
+            if (done) {
+                ended = true;
+                break;
+            }
+            continue;
+        }
         const Zan32s avail = nheld + (end - pos);
         const Zan32u sbits = peek32(s, pos);
         const Zan32u win = nheld ? (held | (sbits >> nheld)) : sbits;

@@ -155,6 +155,61 @@ constexpr CodeTable make_code_table() {
 
 inline constexpr CodeTable kCodeTable = make_code_table();
 
+// Two codes per look-up, indexed by the next 10 bits.  The first code is
+// the one at the top when its row is reached by the first step (w below
+// 480, so at most 9 bits), else len1 is 0 and the caller decodes that code
+// alone.  The second is the code right behind the first when it too lies
+// wholly within the 10 bits; otherwise len2 and step2 are 0 and level2
+// repeats level1, so that a caller may apply the second code without a
+// test (it rewrites the first coefficient).  Among codes of 9 bits or
+// fewer only the end-of-block code has step 64, so a step of 64 tells it.
+struct PairRow {
+    Zan8u len1;
+    Zan8u step1;
+    Zan8u len2;
+    Zan8u step2;
+    Zan16s level1;
+    Zan16s level2;
+};
+
+struct PairTable {
+    PairRow row[1024];
+};
+
+constexpr PairTable make_pair_table() {
+    PairTable t{};
+    for (Zan32u w = 0; w < 1024; ++w) {
+        PairRow r{0, 0, 0, 0, 0, 0};
+        const Zan32u w9 = w >> 1;
+        if (w9 < 480) {
+            const CodeRow& a = kCodeTable.row[w9];
+            r.len1 = a.len;
+            r.step1 = a.step;
+            r.level1 = a.level;
+            const Zan32u rest = 10u - a.len;
+            const Zan32u w2 = ((w << a.len) & 1023u) >> 1;
+            if (w2 < 480 && kCodeTable.row[w2].len <= rest) {
+                r.len2 = kCodeTable.row[w2].len;
+                r.step2 = kCodeTable.row[w2].step;
+                r.level2 = kCodeTable.row[w2].level;
+            } else {
+                r.level2 = a.level;  // no second code: storing it again changes nothing
+            }
+        }
+        t.row[w] = r;
+    }
+    return t;
+}
+
+inline constexpr PairTable kPairTable = make_pair_table();
+
+constexpr bool step64_is_end_of_block() {
+    for (Zan32u w9 = 0; w9 < 480; ++w9)
+        if ((kCodeTable.row[w9].step == 64) != ((w9 >> 5) == 6u)) return false;
+    return true;
+}
+static_assert(step64_is_end_of_block(), "a step of 64 among the short codes marks the end-of-block code");
+
 // Scan of DCT mode 1 (2-4-8): rows 0-3 of the block hold the sum field
 // coefficients, rows 4-7 the difference field; the two halves alternate.
 inline constexpr Zan8u kScan248[64] = {

@@ -4,6 +4,7 @@
 // of other blocks) decoded back.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <random>
@@ -51,6 +52,7 @@ struct TestBlock {
     int mode = 0, cls = 0;
     std::vector<Coef> coefs;
     bool eob = true;
+    bool endShort = false;  // no closing code: the last coefficient's code passes position 63
 };
 
 struct Code {
@@ -87,6 +89,7 @@ std::vector<Code> codes_of(const TestBlock& b) {
         }
         prev = c.pos;
     }
+    if (b.endShort) return out;
     if (b.eob) out.push_back({"0110", 64, false, 0});
     else out.push_back({"1111110" + bits(63, 6), 64, false, 0});
     return out;
@@ -214,15 +217,45 @@ TestBlock random_block(std::mt19937& g, int maxCoefs) {
     return b;
 }
 
+// A block of short codes only (steps of 1 to 3, amplitudes 1 to 4), so
+// that most codes come two to a look-up; one in six runs past position
+// 63 with such a code instead of closing with a code of their own.
+TestBlock dense_block(std::mt19937& g, int maxCoefs) {
+    TestBlock b;
+    b.dc = int(g() % 512) - 256;
+    b.mode = int(g() % 2);
+    b.cls = int(g() % 4);
+    b.endShort = g() % 6 == 0;
+    const int count = b.endShort ? 64 : int(g() % unsigned(maxCoefs + 1));
+    int pos = b.endShort ? 64 - int(g() % 24) : 0;
+    if (b.endShort) {
+        // Start far enough that the block is short, then step past 63.
+        pos = std::max(0, pos - 3 * maxCoefs);
+    }
+    for (int k = 0; k < count; ++k) {
+        const int step = 1 + int(g() % 3);
+        if (pos + step > 63 && !b.endShort) break;
+        pos += step;
+        // The code that passes 63 must be a single code (amplitude 1 for a
+        // step of 2 or 3), else a run code would end the block before it.
+        b.coefs.push_back({pos, pos > 63 ? 1 : 1 + int(g() % 4), bool(g() % 2)});
+        if (pos > 63) break;
+    }
+    if (b.endShort && (b.coefs.empty() || b.coefs.back().pos <= 63)) b.endShort = false;
+    return b;
+}
+
 using DecodeFn = ZanStatus (*)(const Zan8u*, const Zan32u*, const Zan32u*, Zan16s*, Zan32u*);
+using BlockFn = TestBlock (*)(std::mt19937&, int);
 
 // Encodes random segments, decodes them, and compares every block.
-void round_trip(DecodeFn fn, int bpm, bool onePass, int maxCoefs, unsigned seed, int* overflowing, int* ran) {
+void round_trip(DecodeFn fn, int bpm, bool onePass, int maxCoefs, unsigned seed, int* overflowing, int* ran,
+                BlockFn make = random_block) {
     std::mt19937 g(seed);
     const int n = 5 * bpm;
     for (int trial = 0; trial < 60; ++trial) {
         std::vector<TestBlock> blocks;
-        for (int i = 0; i < n; ++i) blocks.push_back(random_block(g, (i + trial) % 7 == 0 ? maxCoefs * 3 : maxCoefs));
+        for (int i = 0; i < n; ++i) blocks.push_back(make(g, (i + trial) % 7 == 0 ? maxCoefs * 3 : maxCoefs));
         Zan32u qno[5];
         for (auto& q : qno) q = g() % 16;
         std::vector<Zan8u> seg;
@@ -256,6 +289,18 @@ TEST(DvDecode, Dv100RoundTripWithOverflow) {
     round_trip(zaniHuffmanDecodeSegment_DV100_8u16s, 8, false, 5, 2, &over, &ran);
     EXPECT_GT(ran, 40);
     EXPECT_GT(over, 20);
+}
+
+// Short codes two to a look-up: blocks ending on the first or the second
+// code of a pair, by the end-of-block code or by passing position 63, in
+// their own bits and in bits of other blocks.
+TEST(DvDecode, DenseShortCodesRoundTrip) {
+    int over = 0, ran = 0;
+    round_trip(zaniHuffmanDecodeSegment_DV_8u16s, 6, false, 5, 4, &over, &ran, dense_block);
+    round_trip(zaniHuffmanDecodeSegment_DV100_8u16s, 8, false, 3, 5, &over, &ran, dense_block);
+    round_trip(zaniHuffmanDecodeSegmentOnePass_DV_8u16s, 6, true, 5, 6, &over, &ran, dense_block);
+    EXPECT_GT(ran, 90);
+    EXPECT_GT(over, 60);
 }
 
 TEST(DvDecode, OnePassLeavesOverflowingBlocksShort) {
