@@ -3286,7 +3286,11 @@ ZanStatus zaniReconstructChromaInter_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u
  * tested against the frame; when it leaves the frame it is read through the
  * boundary (each position outside taking the nearest plane sample, as the
  * H.264 block forms do) and the result equals that of an endlessly padded
- * plane.  Checks: record, pSrc[0] or pDst[0] null: zanStsNullPtr; height
+ * plane, for any position and vector (computed without 32-bit wrap).  As
+ * there, a region that reaches past both ends of one axis of the frame (a
+ * frame smaller than the rows or columns read) is clamped at its start
+ * only: its samples past the frame's far end are read from the memory that
+ * follows.  Checks: record, pSrc[0] or pDst[0] null: zanStsNullPtr; height
  * not a multiple of 8 or width with a bit other than 8 and 16 set:
  * zanStsSizeBad.  A width or height of 0 does nothing. */
 ZanStatus zaniInterpolateLumaBlock_AVS_8u_P1R(const ZanInterpolateBlockRecord* pInfo);
