@@ -3329,7 +3329,10 @@ ZanStatus zaniWeightPrediction_AVS_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan
  * q0' + 4) >> 3)), and when |q2 - q0| < beta, q1' = clamp(q1 - clip(-C, C,
  * (3 (q1 - q0') + p0' - q2 + 4) >> 3)).  Chroma strong: p0' = (2 p1 + p0 +
  * q0 + 2) >> 2, q0' = (2 q1 + p0 + q0 + 2) >> 2; chroma normal: p0', q0' as
- * the luma normal filter.  Clamps are to 0..255.  Checks: the record or
+ * the luma normal filter.  Clamps are to 0..255.  Across an edge the
+ * vertical-edge functions read 4 samples on each side (p3..q3) and the
+ * horizontal-edge ones 3 rows on each side; only p1..q1 (luma) or p0..q0
+ * (chroma) change.  Checks: the record or
  * any of its pointers null: zanStsNullPtr; nothing else. */
 ZanStatus zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);

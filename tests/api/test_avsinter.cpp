@@ -417,4 +417,125 @@ TEST(AvsInter, LoopFilterKnownAnswersAndStatuses) {
     EXPECT_EQ(zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(&r), zanStsNullPtr);
 }
 
+// The loop filter's thresholds of GB/T 20090.2 (its tables of alpha and
+// beta, indexed by IndexA and IndexB = clip(0, 63, average QP + offset),
+// and of the clip value C, indexed by IndexA).  The library takes alpha,
+// beta and C from the caller; these give the known answers below realistic
+// inputs.
+constexpr Zan8u kAlphaTable[64] = {0,  0,  0,  0,  0,  0,  1,  1,  1,  1,  1,  2,  2,  2,  3,  3,
+                                   4,  4,  5,  5,  6,  7,  8,  9,  10, 11, 12, 13, 15, 16, 18, 20,
+                                   22, 24, 26, 28, 30, 33, 33, 35, 35, 36, 37, 37, 39, 39, 42, 44,
+                                   46, 48, 50, 52, 53, 54, 55, 56, 57, 58, 59, 60, 61, 62, 63, 64};
+constexpr Zan8u kBetaTable[64] = {0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1,  1,  1,  2,  2,  2,  2,  2,  3,  3,  3,  3,
+                                  4, 4, 4, 4, 5, 5, 5, 5, 6, 6, 6,  7,  7,  7,  8,  8,  8,  9,  9,  10, 10, 11,
+                                  11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 23, 24, 24, 25, 25, 26, 27};
+constexpr Zan8u kCTable[64] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1,
+                               1, 1, 1, 1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2, 2, 2, 3, 3, 3, 3, 3, 3,
+                               3, 4, 4, 4, 5, 5, 5, 6, 6, 6, 7, 7, 7, 7, 8, 8, 8, 9, 9, 9};
+
+// A 32x32 picture whose lines across one edge all read `line` (p2 p1 p0
+// q0 q1 q2, the edge between the third and fourth) with the edge at
+// column (ver) or row `at`; other samples 128.
+struct EdgePicture {
+    Zan8u s[32 * 32];
+    bool ver;
+    int at;
+    EdgePicture(bool v, int a, const int (&line)[6]) : ver(v), at(a) {
+        std::memset(s, 128, sizeof s);
+        for (int i = 0; i < 32; ++i)
+            for (int k = 0; k < 6; ++k) px(i, k) = static_cast<Zan8u>(line[k]);
+    }
+    Zan8u& px(int i, int k) { return ver ? s[i * 32 + at - 3 + k] : s[(at - 3 + k) * 32 + i]; }
+    // True when lines first..last-1 read `want` and every other line is
+    // unchanged from `line`.
+    bool lines_are(int first, int last, const int (&want)[6], const int (&line)[6]) {
+        for (int i = 0; i < 32; ++i)
+            for (int k = 0; k < 6; ++k)
+                if (px(i, k) != (i >= first && i < last ? want[k] : line[k])) return false;
+        return true;
+    }
+};
+
+TEST(AvsInter, LoopFilterKnownAnswersFromTheTables) {
+    const int qp = 40;  // alpha 35, beta 9, C 3; strong threshold (35 >> 2) + 2 = 10
+    ASSERT_EQ(kAlphaTable[qp], 35);
+    ASSERT_EQ(kBetaTable[qp], 9);
+    ASSERT_EQ(kCTable[qp], 3);
+    const Zan8u off = 0;  // an element that must not be used: alpha 0 filters nothing
+    {
+        // Luma, outer vertical edge, strength 1 on both segments.  delta =
+        // clip3(-3, 3, (3 * 16 + 56 - 80 + 4) >> 3 = 3): p0 63, q0 73; then
+        // p1 from the filtered p0 and q0: (3 * (63 - 56) + 58 - 73 + 4) >> 3 =
+        // 1 (the unfiltered ones would give -1), q1: (3 * (80 - 73) + 63 - 78
+        // + 4) >> 3 = 1.
+        const int line[6] = {58, 56, 60, 76, 80, 78}, want[6] = {58, 57, 63, 73, 79, 78};
+        EdgePicture pic(true, 8, line);
+        Zan8u alpha[2] = {kAlphaTable[qp], off}, beta[2] = {kBetaTable[qp], off}, c[2] = {kCTable[qp], off};
+        Zan8u bs[8] = {1, 0, 1, 0, 0, 0, 0, 0};
+        ZanDeblockingRecord r{&pic.s[8 * 32 + 8], 32, alpha, beta, c, bs, 0};
+        ASSERT_EQ(zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic.lines_are(8, 24, want, line));
+        // Strength 1 on the second segment only: lines 16..23.
+        EdgePicture pic2(true, 8, line);
+        Zan8u bs2[8] = {0, 0, 1, 0, 0, 0, 0, 0};
+        r.pSrcDstPlane = &pic2.s[8 * 32 + 8];
+        r.pBS = bs2;
+        ASSERT_EQ(zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic2.lines_are(16, 24, want, line));
+    }
+    {
+        // Luma, inner horizontal edge (row 8 of the macroblock, element 1 of
+        // the pairs), strength 2: |p0 - q0| = 6 < 10 and |p2 - p0|, |q2 - q0|
+        // below beta: p0 = (62 + 128 + 70 + 2) >> 2 = 65, p1 = (124 + 64 + 70
+        // + 2) >> 2 = 65, q0 = (72 + 140 + 64 + 2) >> 2 = 69, q1 = (144 + 64 +
+        // 70 + 2) >> 2 = 70.
+        const int line[6] = {60, 62, 64, 70, 72, 74}, want[6] = {60, 65, 65, 69, 70, 74};
+        EdgePicture pic(false, 16, line);
+        Zan8u alpha[2] = {off, kAlphaTable[qp]}, beta[2] = {off, kBetaTable[qp]}, c[2] = {off, kCTable[qp]};
+        Zan8u bs[8] = {0, 0, 0, 0, 2, 0, 2, 0};
+        ZanDeblockingRecord r{&pic.s[8 * 32 + 8], 32, alpha, beta, c, bs, 0};
+        ASSERT_EQ(zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic.lines_are(8, 24, want, line));
+        // q2 far from q0: only q0 changes, by (2 q1 + p0 + q0 + 2) >> 2 = 70
+        // (with q0 and p0, not p1).
+        const int line2[6] = {60, 62, 64, 70, 72, 90}, want2[6] = {60, 65, 65, 70, 72, 90};
+        EdgePicture pic2(false, 16, line2);
+        r.pSrcDstPlane = &pic2.s[8 * 32 + 8];
+        ASSERT_EQ(zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic2.lines_are(8, 24, want2, line2));
+    }
+    {
+        // Chroma, strength 2 on both segments: p0 = (2 p1 + p0 + q0 + 2) >> 2
+        // = 65, q0 = (2 q1 + p0 + q0 + 2) >> 2 = 70; p1 and q1 stay.
+        const int line[6] = {60, 62, 64, 70, 72, 74}, want[6] = {60, 62, 65, 70, 72, 74};
+        EdgePicture pic(true, 8, line);
+        Zan8u alpha[2] = {kAlphaTable[qp], off}, beta[2] = {kBetaTable[qp], off}, c[2] = {kCTable[qp], off};
+        Zan8u bs[4] = {2, 0, 2, 0};
+        ZanDeblockingRecord r{&pic.s[8 * 32 + 8], 32, alpha, beta, c, bs, 0};
+        ASSERT_EQ(zaniFilterDeblockingChroma_VerEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic.lines_are(8, 16, want, line));
+        // Strengths 2 and 1: the group is not both 2, so both segments take
+        // the normal filter: delta = (3 * 6 + 62 - 72 + 4) >> 3 = 1, p0 65,
+        // q0 69.
+        const int want1[6] = {60, 62, 65, 69, 72, 74};
+        EdgePicture pic2(false, 8, line);
+        Zan8u bs2[4] = {2, 0, 1, 0};
+        r.pSrcDstPlane = &pic2.s[8 * 32 + 8];
+        r.pBS = bs2;
+        ASSERT_EQ(zaniFilterDeblockingChroma_HorEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic2.lines_are(8, 16, want1, line));
+    }
+    {
+        // At QP 10 (alpha 1, beta 1) a step of 6 is left alone, also strong.
+        const int line[6] = {60, 62, 64, 70, 72, 74};
+        EdgePicture pic(true, 8, line);
+        Zan8u alpha[2] = {kAlphaTable[10], kAlphaTable[10]}, beta[2] = {kBetaTable[10], kBetaTable[10]},
+              c[2] = {kCTable[10], kCTable[10]};
+        Zan8u bs[8] = {2, 0, 2, 0, 2, 0, 2, 0};
+        ZanDeblockingRecord r{&pic.s[8 * 32 + 8], 32, alpha, beta, c, bs, 0};
+        ASSERT_EQ(zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(&r), zanStsOk);
+        EXPECT_TRUE(pic.lines_are(0, 0, line, line));
+    }
+}
+
 }  // namespace
