@@ -3286,7 +3286,11 @@ ZanStatus zaniReconstructChromaInter_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u
  * tested against the frame; when it leaves the frame it is read through the
  * boundary (each position outside taking the nearest plane sample, as the
  * H.264 block forms do) and the result equals that of an endlessly padded
- * plane.  Checks: record, pSrc[0] or pDst[0] null: zanStsNullPtr; height
+ * plane, for any position and vector (computed without 32-bit wrap).  As
+ * there, a region that reaches past both ends of one axis of the frame (a
+ * frame smaller than the rows or columns read) is clamped at its start
+ * only: its samples past the frame's far end are read from the memory that
+ * follows.  Checks: record, pSrc[0] or pDst[0] null: zanStsNullPtr; height
  * not a multiple of 8 or width with a bit other than 8 and 16 set:
  * zanStsSizeBad.  A width or height of 0 does nothing. */
 ZanStatus zaniInterpolateLumaBlock_AVS_8u_P1R(const ZanInterpolateBlockRecord* pInfo);
@@ -3325,7 +3329,10 @@ ZanStatus zaniWeightPrediction_AVS_8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan
  * q0' + 4) >> 3)), and when |q2 - q0| < beta, q1' = clamp(q1 - clip(-C, C,
  * (3 (q1 - q0') + p0' - q2 + 4) >> 3)).  Chroma strong: p0' = (2 p1 + p0 +
  * q0 + 2) >> 2, q0' = (2 q1 + p0 + q0 + 2) >> 2; chroma normal: p0', q0' as
- * the luma normal filter.  Clamps are to 0..255.  Checks: the record or
+ * the luma normal filter.  Clamps are to 0..255.  Across an edge the
+ * vertical-edge functions read 4 samples on each side (p3..q3) and the
+ * horizontal-edge ones 3 rows on each side; only p1..q1 (luma) or p0..q0
+ * (chroma) change.  Checks: the record or
  * any of its pointers null: zanStsNullPtr; nothing else. */
 ZanStatus zaniFilterDeblockingLuma_VerEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);
 ZanStatus zaniFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(const ZanDeblockingRecord* pDeblockInfo);

@@ -327,6 +327,16 @@ constexpr LumaTable kLumaTable = make_table();
 
 constexpr Zan32s kBand = 16;
 
+// One axis of the region read for a block (64-bit, so that no position
+// wraps): a region wholly before the plane reads the plane's first sample
+// throughout and one wholly beyond it the last, so a start further out than
+// one region length before the plane or beyond its end reads the same as
+// that bound; it is drawn in to it so that it fits the 32 bits of the read.
+Zan32s drawn_in(Zan64s pos, Zan32s n, Zan32s size) {
+    const Zan64s lo = -Zan64s{n} - 1, hi = size > lo ? Zan64s{size} : lo;
+    return static_cast<Zan32s>(pos < lo ? lo : pos > hi ? hi : pos);
+}
+
 void luma_block(const ZanInterpolateBlockRecord& r) {
     const Zan32s w = r.sizeBlock.width, h = r.sizeBlock.height;
     const Zan32s cls = w & 16;
@@ -338,25 +348,32 @@ void luma_block(const ZanInterpolateBlockRecord& r) {
     }
     const Zan32s dx = r.pointVector.x & 3, dy = r.pointVector.y & 3;
     const LumaFn kernel = kLumaTable.f[cls | (dy * 4) | dx];
-    const Zan32s ix = r.pointBlockPos.x + (r.pointVector.x >> 2), iy = r.pointBlockPos.y + (r.pointVector.y >> 2);
     const Zan32s mx = dx ? 2 : 0, my = dy ? 2 : 0;
-    const Zan32s x = ix - mx, y = iy - my;
+    const Zan64s x64 = Zan64s{r.pointBlockPos.x} + (r.pointVector.x >> 2) - mx;
+    const Zan64s y64 = Zan64s{r.pointBlockPos.y} + (r.pointVector.y >> 2) - my;
     const Zan32s w2 = w + (dx ? 5 : 0), h2 = h + (dy ? 5 : 0);
-    const Zan32s edge = h264interp::edge_word(x, y, w2, h2, r.sizeFrame);
+    const Zan32s edge = h264interp::edge_word(x64, y64, w2, h2, r.sizeFrame);
     if (edge == 0) {
-        kernel(at(plane, r.srcStep, iy, ix), r.srcStep, r.pDst[0], r.dstStep, h);
+        kernel(plane + static_cast<std::ptrdiff_t>(r.srcStep) * (y64 + my) + (x64 + mx), r.srcStep, r.pDst[0],
+               r.dstStep, h);
         return;
     }
-    // Through the boundary, in bands of rows: each band's region is read
-    // into the buffer with every position outside the plane taking the
-    // nearest plane sample.
+    // Through the boundary, in bands of rows: each band's rows of the region
+    // are read into the buffer with every position outside the plane taking
+    // the nearest plane sample.  A region that starts above the plane and
+    // ends below it is clamped at its top only (its rows below the plane are
+    // read from the memory that follows it, as for the region read whole),
+    // so the bands of such a region never clamp at the bottom.
+    const Zan32s x = drawn_in(x64, w2, r.sizeFrame.width), y = drawn_in(y64, h2, r.sizeFrame.height);
+    const Zan32s bothRows = zan::h264interp::kEdgeTop | zan::h264interp::kEdgeBottom;
+    const Zan32s keep = (edge & bothRows) == bothRows ? ~zan::h264interp::kEdgeBottom : ~0;
     const Zan32s bufStep = (w2 + 15) & ~15;
     alignas(32) Zan8u buf[(kBand + 5) * 48];
     for (Zan32s r0 = 0; r0 < h; r0 += kBand) {
         const Zan32s n = h - r0 < kBand ? h - r0 : kBand;
         const Zan32s hb = n + (dy ? 5 : 0);
         const zan::h264interp::BoundaryRead<Zan8u> region{plane, r.srcStep, r.sizeFrame, x, y + r0, w2, hb, buf, bufStep};
-        zaniReadDataBlockThroughBoundary_8u(h264interp::edge_word(x, y + r0, w2, hb, r.sizeFrame), region);
+        zaniReadDataBlockThroughBoundary_8u(h264interp::edge_word(x, Zan64s{y} + r0, w2, hb, r.sizeFrame) & keep, region);
         kernel(buf + my * bufStep + mx, bufStep, r.pDst[0] + static_cast<std::ptrdiff_t>(r.dstStep) * r0, r.dstStep, n);
     }
 }
