@@ -179,7 +179,7 @@ inline constexpr Zan32s kT8[8][8] = {
 //               * kQuant[QP] + kQuantRound[intra]) >> 15).
 // kQuantNorm evens out the unequal norms of the transform's basis functions
 // (512 for rows 0 and 4, 464 for rows 2 and 6, 442 for the odd rows):
-// 32768 * 512 * 512 / (norm_v * norm_u) rounded down.  kQuant halves every 8 QP steps
+// 32768 * 512 * 512 / (norm_v * norm_u) rounded to nearest.  kQuant halves every 8 QP steps
 // (32768 at QP 0), the inverse of kDequant.  The rounding is 10/31 of a step
 // for intra blocks and 10/62 for inter blocks.
 inline constexpr Zan32s kQuant[64] = {
