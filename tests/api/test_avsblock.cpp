@@ -929,6 +929,67 @@ TEST(AvsBlock, DisassembleLumaAgreesWithTheModels) {
     }
 }
 
+// The chroma pass against the models: the mode with the smallest sum of
+// the U and V SADs (first among equals), then each component's levels are
+// the model transform and quantisation of its residual.
+TEST(AvsBlock, DisassembleChromaAgreesWithTheModels) {
+    std::mt19937 rng(32);
+    for (int draw = 0; draw < 600; ++draw) {
+        const int kind = draw % 3 == 0 ? 0 : 1;
+        Zan8u s[2][64];
+        fill_source(rng, s[0], 8, 8, kind);
+        fill_source(rng, s[1], 8, 8, kind);
+        Pic e[2];
+        fill_source(rng, e[0].s, 32, 32, kind);
+        fill_source(rng, e[1].s, 32, 32, kind);
+        const Pic before[2] = {e[0], e[1]};
+        const Zan32s qp = static_cast<Zan32s>(rng() % 52);
+        const Zan32u edge = (rng() % 2) | ((rng() % 2) << 2) | ((rng() % 2) << 5);
+        Zan16s coeffs[128];
+        Zan16s* cur = coeffs;
+        Zan32s mode = -1;
+        Zan32u cbp = 0;
+        const Zan8u* srcs[2] = {s[0], s[1]};
+        Zan8u* dsts[2] = {&e[0].at(8, 8), &e[1].at(8, 8)};
+        ASSERT_EQ(zaniDisassembleChroma420Intra_AVS_16s8u_C1R(srcs, 8, dsts, 32, &cur, &mode, &cbp, qp, edge),
+                  zanStsOk);
+        int best = 0;
+        unsigned bestSad = 0xFFFFFFFFu;
+        Pic bestPic[2] = {before[0], before[1]};
+        for (int m = 0; m < 4; ++m) {
+            Pic p[2] = {before[0], before[1]};
+            if (!model_predict(p[0], 8, 8, m, edge | 64, true)) continue;
+            model_predict(p[1], 8, 8, m, edge | 64, true);
+            unsigned sad = 0;
+            for (int k = 0; k < 2; ++k)
+                for (int y = 0; y < 8; ++y)
+                    for (int x = 0; x < 8; ++x) sad += static_cast<unsigned>(std::abs(s[k][y * 8 + x] - p[k].at(8 + y, 8 + x)));
+            if (sad < bestSad) {
+                bestSad = sad;
+                best = m;
+                bestPic[0] = p[0];
+                bestPic[1] = p[1];
+            }
+        }
+        ASSERT_EQ(mode, best) << "draw " << draw;
+        int j = 0;
+        for (int k = 0; k < 2; ++k) {
+            int x[64], levels[64];
+            for (int y = 0; y < 8; ++y)
+                for (int i = 0; i < 8; ++i) x[y * 8 + i] = s[k][y * 8 + i] - bestPic[k].at(8 + y, 8 + i);
+            const int count = model_transform_quant(x, qp, true, levels);
+            ASSERT_EQ((cbp >> k) & 1u, count != 0 ? 1u : 0u) << "draw " << draw << " component " << k;
+            if (count != 0) {
+                for (int i = 0; i < 64; ++i) ASSERT_EQ(coeffs[64 * j + i], levels[i]) << "component " << k << " at " << i;
+                ++j;
+            } else {
+                ASSERT_EQ(std::memcmp(e[k].s, bestPic[k].s, sizeof e[k].s), 0) << "draw " << draw;
+            }
+        }
+        ASSERT_EQ(cur, coeffs + 64 * j);
+    }
+}
+
 TEST(AvsBlock, DisassembleKnownAnswers) {
     // All four edge bits: block 0 can only use DC, which predicts 128.  A flat
     // source of 128 then codes nothing: block 1 takes horizontal (its left is
