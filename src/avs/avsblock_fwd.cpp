@@ -195,17 +195,19 @@ constexpr ScanRankTable make_scan_rank() {
 }
 constexpr ScanRankTable kScanRank = make_scan_rank();
 
-// SSSE3 quantiser.  |F| (pabsw; -32768 gives 0x8000, read unsigned) times
-// the norm factor: (|F| * norm + 2^18) >> 19 is exactly (high half of the
-// product + 4) >> 3, since 2^18 adds 4 to the high half and the low half
-// cannot carry into bit 19.  That value (at most 2748) times kQuant[QP] as
-// a 32-bit product, plus the rounding, >> 15; psignw restores the sign.  The
-// count: the zero test of the levels packed to bytes masks the rank table;
-// the largest rank left is the count.
+// SSSE3 quantiser, all in 16-bit lanes.  |F| (pabsw; -32768 gives 0x8000,
+// read unsigned) times the norm factor: (|F| * norm + 2^18) >> 19 is
+// exactly (high half of the product + 4) >> 3, since 2^18 adds 4 to the
+// high half and the low half cannot carry into bit 19.  That value n (at
+// most 2748) times kQuant[QP] is hi * 2^16 + lo, and (n * Q + round) >> 15
+// is 2 hi + ((lo + round) >> 15), where (lo + round) >> 1, a 17-bit sum
+// halved, is pavgw(lo, round - 1).  psignw restores the sign.  The count:
+// the zero test of the levels packed to bytes masks the rank table; the
+// largest rank left is the count.
 template <int Intra>
 Zan32s quant_ssse3(Zan16s* p, Zan32s QP) {
     const __m128i q = _mm_set1_epi16(static_cast<Zan16s>(static_cast<Zan16u>(zan::avs::kQuant[QP])));
-    const __m128i round = _mm_set1_epi32(zan::avs::kQuantRound[Intra]);
+    const __m128i roundLess1 = _mm_set1_epi16(static_cast<Zan16s>(zan::avs::kQuantRound[Intra] - 1));
     const __m128i four = _mm_set1_epi16(4);
     const __m128i zero = _mm_setzero_si128();
     __m128i rank = zero;
@@ -216,9 +218,8 @@ Zan32s quant_ssse3(Zan16s* p, Zan32s QP) {
         const __m128i norm = _mm_load_si128(reinterpret_cast<const __m128i*>(kNorms.v[v & 3]));
         const __m128i n = _mm_srli_epi16(_mm_add_epi16(_mm_mulhi_epu16(_mm_abs_epi16(f), norm), four), 3);
         const __m128i lo = _mm_mullo_epi16(n, q), hi = _mm_mulhi_epu16(n, q);
-        const __m128i l0 = _mm_srli_epi32(_mm_add_epi32(_mm_unpacklo_epi16(lo, hi), round), 15);
-        const __m128i l1 = _mm_srli_epi32(_mm_add_epi32(_mm_unpackhi_epi16(lo, hi), round), 15);
-        const __m128i level = _mm_sign_epi16(_mm_packs_epi32(l0, l1), f);
+        const __m128i carry = _mm_srli_epi16(_mm_avg_epu16(lo, roundLess1), 14);
+        const __m128i level = _mm_sign_epi16(_mm_add_epi16(_mm_add_epi16(hi, hi), carry), f);
         _mm_storeu_si128(row, level);
         zeroMask[v & 1] = _mm_cmpeq_epi16(level, zero);
         if (v & 1) {
