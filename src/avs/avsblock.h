@@ -32,7 +32,10 @@ using FwdFn = void (*)(const Zan16s* pSrc, Zan16s* pDst);
 // all are zero.
 using QuantFn = Zan32s (*)(Zan16s* pSrcDst, Zan32s QP);
 
-// Catalogue of the encoder side.  quant param: 1 intra rounding, 0 inter.
+// Catalogue of the encoder side.  fwd param: 0 the general SSE2 kernel, 1
+// the general SSSE3 kernel, 2 the kernel for residuals (|x| <= 255) that
+// hands other blocks to the path's general kernel.  quant param: 1 intra
+// rounding, 0 inter.
 struct FwdKernels {
     KernelList<FwdFn> fwd;
     KernelList<QuantFn> quant;

@@ -172,6 +172,81 @@ void fwd_ssse3(const Zan16s* pSrc, Zan16s* pDst) {
     for (int k = 0; k < 8; ++k) _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + 8 * k), out[k]);
 }
 
+// Residuals of 8-bit samples (every |x| <= 255) keep the row pass in 16
+// bits and let both passes fold the symmetric halves of the basis:
+// e[n] = x[n] + x[7-n], o[n] = x[n] - x[7-n] (|.| <= 510); the even rows of
+// T act on e, the odd rows on o, every partial sum below 16320 in
+// magnitude, with pmullw.  After the transpose, E[y] = H[y] + H[7-y] and
+// O[y] = H[y] - H[7-y] still fit 16 bits (|H| <= 16320), and the column
+// pass needs two pmaddwd per half instead of four.  Other blocks take the
+// general kernel, so the result is that of the rule for every input.
+inline __m128i mul(__m128i a, Zan16s c) { return _mm_mullo_epi16(a, _mm_set1_epi16(c)); }
+
+// out = pack16((T[k][0] a0 + T[k][1] a1 + T[k][2] a2 + T[k][3] a3 + 16) >> 5)
+// with (a0, a1) and (a2, a3) given interleaved, low and high halves.
+inline __m128i fold_out(const __m128i* p01, const __m128i* p23, int k) {
+    const __m128i c01 = _mm_set1_epi32(static_cast<Zan32s>(static_cast<Zan16u>(zan::avs::kT8[k][0])) |
+                                       static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(zan::avs::kT8[k][1])) << 16));
+    const __m128i c23 = _mm_set1_epi32(static_cast<Zan32s>(static_cast<Zan16u>(zan::avs::kT8[k][2])) |
+                                       static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(zan::avs::kT8[k][3])) << 16));
+    const __m128i r = _mm_set1_epi32(16);
+    const __m128i a = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(p01[0], c01), _mm_madd_epi16(p23[0], c23)), r);
+    const __m128i b = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(p01[1], c01), _mm_madd_epi16(p23[1], c23)), r);
+    return _mm_packs_epi32(_mm_srai_epi32(a, 5), _mm_srai_epi32(b, 5));
+}
+
+template <FwdFn General>
+void fwd_residual_sse2(const Zan16s* pSrc, Zan16s* pDst) {
+    __m128i rows[8];
+    for (int y = 0; y < 8; ++y) rows[y] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc + 8 * y));
+    __m128i hi = _mm_max_epi16(_mm_max_epi16(_mm_max_epi16(rows[0], rows[1]), _mm_max_epi16(rows[2], rows[3])),
+                               _mm_max_epi16(_mm_max_epi16(rows[4], rows[5]), _mm_max_epi16(rows[6], rows[7])));
+    __m128i lo = _mm_min_epi16(_mm_min_epi16(_mm_min_epi16(rows[0], rows[1]), _mm_min_epi16(rows[2], rows[3])),
+                               _mm_min_epi16(_mm_min_epi16(rows[4], rows[5]), _mm_min_epi16(rows[6], rows[7])));
+    const __m128i out = _mm_or_si128(_mm_cmpgt_epi16(hi, _mm_set1_epi16(255)), _mm_cmplt_epi16(lo, _mm_set1_epi16(-255)));
+    if (_mm_movemask_epi8(out) != 0) {
+        General(pSrc, pDst);
+        return;
+    }
+    __m128i c[8], h[8], hr[8];
+    transpose8x8_16(rows, c);  // c[n]: x[.][n]
+    const __m128i e0 = _mm_add_epi16(c[0], c[7]), e1 = _mm_add_epi16(c[1], c[6]);
+    const __m128i e2 = _mm_add_epi16(c[2], c[5]), e3 = _mm_add_epi16(c[3], c[4]);
+    const __m128i o0 = _mm_sub_epi16(c[0], c[7]), o1 = _mm_sub_epi16(c[1], c[6]);
+    const __m128i o2 = _mm_sub_epi16(c[2], c[5]), o3 = _mm_sub_epi16(c[3], c[4]);
+    const __m128i s03 = _mm_add_epi16(e0, e3), s12 = _mm_add_epi16(e1, e2);
+    const __m128i d03 = _mm_sub_epi16(e0, e3), d12 = _mm_sub_epi16(e1, e2);
+    h[0] = _mm_slli_epi16(_mm_add_epi16(s03, s12), 3);
+    h[4] = _mm_slli_epi16(_mm_sub_epi16(s03, s12), 3);
+    h[2] = _mm_add_epi16(mul(d03, 10), _mm_slli_epi16(d12, 2));
+    h[6] = _mm_sub_epi16(_mm_slli_epi16(d03, 2), mul(d12, 10));
+    for (int k = 1; k < 8; k += 2)
+        h[k] = _mm_add_epi16(_mm_add_epi16(mul(o0, static_cast<Zan16s>(zan::avs::kT8[k][0])),
+                                           mul(o1, static_cast<Zan16s>(zan::avs::kT8[k][1]))),
+                             _mm_add_epi16(mul(o2, static_cast<Zan16s>(zan::avs::kT8[k][2])),
+                                           mul(o3, static_cast<Zan16s>(zan::avs::kT8[k][3]))));
+    transpose8x8_16(h, hr);  // hr[y]: H[y][.]
+    __m128i E01[2], E23[2], O01[2], O23[2];
+    {
+        const __m128i E0 = _mm_add_epi16(hr[0], hr[7]), E1 = _mm_add_epi16(hr[1], hr[6]);
+        const __m128i E2 = _mm_add_epi16(hr[2], hr[5]), E3 = _mm_add_epi16(hr[3], hr[4]);
+        const __m128i O0 = _mm_sub_epi16(hr[0], hr[7]), O1 = _mm_sub_epi16(hr[1], hr[6]);
+        const __m128i O2 = _mm_sub_epi16(hr[2], hr[5]), O3 = _mm_sub_epi16(hr[3], hr[4]);
+        E01[0] = _mm_unpacklo_epi16(E0, E1);
+        E01[1] = _mm_unpackhi_epi16(E0, E1);
+        E23[0] = _mm_unpacklo_epi16(E2, E3);
+        E23[1] = _mm_unpackhi_epi16(E2, E3);
+        O01[0] = _mm_unpacklo_epi16(O0, O1);
+        O01[1] = _mm_unpackhi_epi16(O0, O1);
+        O23[0] = _mm_unpacklo_epi16(O2, O3);
+        O23[1] = _mm_unpackhi_epi16(O2, O3);
+    }
+    for (int k = 0; k < 8; k += 2) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + 8 * k), fold_out(E01, E23, k));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + 8 * (k + 1)), fold_out(O01, O23, k + 1));
+    }
+}
+
 // Norm factors by row class (v & 3), the four of a row repeated twice.
 struct NormTable {
     alignas(16) Zan16u v[4][8];
@@ -238,6 +313,8 @@ Zan32s quant_ssse3(Zan16s* p, Zan32s QP) {
 constexpr KernelPair<FwdFn> kFwd[] = {
     {"avs_transform_8x8_fwd_sse2", fwd_rule, fwd_sse2, 8, 8, 0},
     {"avs_transform_8x8_fwd_ssse3", fwd_rule, fwd_ssse3, 8, 8, 1},
+    {"avs_transform_8x8_fwd_residual_sse2", fwd_rule, fwd_residual_sse2<ZAN_PATH_IS_N8 ? fwd_sse2 : fwd_ssse3>, 8,
+     8, 2},
 };
 
 constexpr KernelPair<QuantFn> kQuantPairs[] = {
@@ -248,9 +325,10 @@ constexpr KernelPair<QuantFn> kQuantPairs[] = {
 // The quantiser by the intra flag (0 inter, 1 intra).
 constexpr QuantFn kQuantByIntra[2] = {quant_ssse3<0>, quant_ssse3<1>};
 
-// The transform of each path: the row pass with phaddd on u8; n8, tuned for
-// in-order cores where phaddd is slow, keeps the transposing SSE2 kernel.
-constexpr FwdFn kFwdOfPath = ZAN_PATH_IS_N8 ? fwd_sse2 : fwd_ssse3;
+// The transform of each path: the folded kernel for residuals, and for other
+// blocks the row pass with phaddd on u8; n8, tuned for in-order cores where
+// phaddd is slow, falls back to the transposing SSE2 kernel.
+constexpr FwdFn kFwdOfPath = fwd_residual_sse2<ZAN_PATH_IS_N8 ? fwd_sse2 : fwd_ssse3>;
 
 }  // namespace
 
