@@ -9,6 +9,7 @@
 // transform and quantiser, and the one-block reconstruction; their own code
 // is the decision, with no loop worth a kernel.
 #include <cstddef>
+#include <cstring>
 
 #include "avs/avs_tables.h"
 #include "avs/avsblock.h"
@@ -83,7 +84,7 @@ Zan32s predict_horizontal(Zan8u* p, Zan32s step, Zan32u edge) {
 }
 
 // Both sides: (lp(r, x + 1) + lp(c, y + 1)) >> 1; one side: its smoothed
-// sample; none: 128.
+// sample; none: 128.  The smoothed lines are made once, then the rows.
 Zan32s predict_dc(Zan8u* p, Zan32s step, Zan32u edge) {
     const bool above = !(edge & kAbove), left = !(edge & kLeft);
     if (!above && !left) {
@@ -91,45 +92,44 @@ Zan32s predict_dc(Zan8u* p, Zan32s step, Zan32u edge) {
         return 1;
     }
     const Neighbours n = gather(p, step, edge);
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) {
-            Zan32s v;
-            if (above && left)
-                v = (lp(n.r, x + 1) + lp(n.c, y + 1)) >> 1;
-            else if (above)
-                v = lp(n.r, x + 1);
-            else
-                v = lp(n.c, y + 1);
-            *at(p, step, y, x) = static_cast<Zan8u>(v);
-        }
+    Zan32s top[8], side[8];
+    for (int i = 0; i < 8; ++i) {
+        top[i] = above ? lp(n.r, i + 1) : 0;
+        side[i] = left ? lp(n.c, i + 1) : 0;
+    }
+    for (int y = 0; y < 8; ++y) {
+        Zan8u row[8];
+        for (int x = 0; x < 8; ++x)
+            row[x] = static_cast<Zan8u>(above && left ? (top[x] + side[y]) >> 1 : (above ? top[x] : side[y]));
+        std::memcpy(at(p, step, y, 0), row, 8);
+    }
     return 1;
 }
 
-// (lp(r, x + y + 2) + lp(c, x + y + 2)) >> 1.
+// (lp(r, x + y + 2) + lp(c, x + y + 2)) >> 1: one line of 15 values
+// d[i] = (lp(r, i + 2) + lp(c, i + 2)) >> 1, row y being d[y .. y + 7].
 Zan32s predict_down_left(Zan8u* p, Zan32s step, Zan32u edge) {
     if (edge & (kAbove | kLeft)) return 0;
     const Neighbours n = gather(p, step, edge);
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x)
-            *at(p, step, y, x) = static_cast<Zan8u>((lp(n.r, x + y + 2) + lp(n.c, x + y + 2)) >> 1);
+    Zan8u d[15];
+    for (int i = 0; i < 15; ++i) d[i] = static_cast<Zan8u>((lp(n.r, i + 2) + lp(n.c, i + 2)) >> 1);
+    for (int y = 0; y < 8; ++y) std::memcpy(at(p, step, y, 0), d + y, 8);
     return 1;
 }
 
-// x > y: lp(r, x - y); x < y: lp(c, y - x); x == y: (r[1] + 2 r[0] + c[1] + 2) >> 2.
+// x > y: lp(r, x - y); x < y: lp(c, y - x); x == y: (r[1] + 2 r[0] + c[1] +
+// 2) >> 2.  One line of 15 values by x - y (index 7 + x - y), row y being
+// line[7 - y .. 14 - y].
 Zan32s predict_down_right(Zan8u* p, Zan32s step, Zan32u edge) {
     if (edge & (kAbove | kLeft)) return 0;
     const Neighbours n = gather(p, step, edge);
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) {
-            Zan32s v;
-            if (x > y)
-                v = lp(n.r, x - y);
-            else if (x < y)
-                v = lp(n.c, y - x);
-            else
-                v = (n.r[1] + 2 * n.r[0] + n.c[1] + 2) >> 2;
-            *at(p, step, y, x) = static_cast<Zan8u>(v);
-        }
+    Zan8u line[15];
+    for (int d = 1; d < 8; ++d) {
+        line[7 + d] = static_cast<Zan8u>(lp(n.r, d));
+        line[7 - d] = static_cast<Zan8u>(lp(n.c, d));
+    }
+    line[7] = static_cast<Zan8u>((n.r[1] + 2 * n.r[0] + n.c[1] + 2) >> 2);
+    for (int y = 0; y < 8; ++y) std::memcpy(at(p, step, y, 0), line + 7 - y, 8);
     return 1;
 }
 
