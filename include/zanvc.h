@@ -3263,6 +3263,73 @@ ZanStatus zaniReconstructChromaIntra_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u
 ZanStatus zaniReconstructChromaInter_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u* pDstU, Zan8u* pDstV,
                                                    Zan32s dstStep, const Zan32s* pNumCoeff, Zan32u cbp, Zan32s QP);
 
+/* Forward transform and quantisation of one 8x8 block for an encoder.
+ * pSrc holds 64 values (a residual) in raster order; pDst receives the 64
+ * levels in raster order and may be pSrc.  The transform is the standard's
+ * 8x8 integer transform, rows first, H[y][k] = sum_n T[k][n] x[y][n]
+ * saturated to 16 bits, then columns, F[k][u] = (sum_y T[k][y] H[y][u] +
+ * 16) >> 5 saturated to 16 bits (no saturation can occur for residuals of
+ * 8-bit samples).  Each F at row v, column u is quantised as in the
+ * standard's reference encoder: n = (|F| * N[v & 3][u & 3] + 2^18) >> 19,
+ * with the norm factors N = {32768, 37958, 36158, 37958}, {37958, 43969,
+ * 41884, 43969}, {36158, 41884, 39898, 41884}, {37958, 43969, 41884, 43969};
+ * level = (n * Q[QP] + round) >> 15 with the sign of F restored, where
+ * Q[QP] is 32768 at QP 0 and halves every 8 steps (the inverse of the
+ * dequantisation table) and round is 10570 (10/31 of 2^15) when intra is
+ * not 0, 5285 (10/62 of 2^15) when intra is 0.  *pNumCoeff receives 1 + the
+ * frame zig-zag index of the last non-zero level, 0 when all are zero.
+ * Checks: pSrc, pDst or pNumCoeff null: zanStsNullPtr; QP above 63
+ * (unsigned): zanStsBadArg. */
+ZanStatus zaniTransformQuant8x8Fwd_AVS_16s_C1(const Zan16s* pSrc, Zan16s* pDst, Zan32s* pNumCoeff, Zan32s QP,
+                                              Zan32s intra);
+
+/* Encoder-side intra luma macroblock: mode decision, transform,
+ * quantisation and reconstruction of the four 8x8 blocks in raster order.
+ * pSrc (srcStep) is the 16x16 source; pDst (dstStep) the 16x16 macroblock
+ * of the reconstructed picture, whose neighbours the predictors read as in
+ * zaniReconstructLumaIntra_AVS_16s8u_C1R (same block edge words).  For
+ * block b: each mode 0..4 whose neighbours are present predicts into pDst
+ * and its residual (source - prediction) and SAD are measured with
+ * zaniSubSAD8x8_8u16s_C1R into the 64 entries at *ppDstCoeff; the first
+ * mode with the smallest SAD wins (start: mode 2 with the largest unsigned
+ * SAD, so ties go to the lowest mode) and goes to pPredModes[b].  The
+ * winner predicts again, its residual is transformed and quantised in place
+ * as by zaniTransformQuant8x8Fwd_AVS_16s_C1 with intra set; if any level is
+ * not 0 the block is dequantised, inverse-transformed and added to the
+ * prediction as by the reconstruction (with the zig-zag count as
+ * shortcut), bit b of the pattern is set and the coefficient cursor moves
+ * on by 64; otherwise the prediction stays in pDst and the 64 entries at
+ * the cursor (then all 0) are used again.  *pCbp receives the pattern and
+ * *ppDstCoeff the cursor after the last coded block.  The decoder side
+ * (zaniReconstructLumaIntra_AVS_16s8u_C1R with these modes, pattern,
+ * coefficients and QP on the same neighbours) rebuilds pDst exactly.  The
+ * coefficient array needs room for 256 entries.  Checks: pSrc, pDst,
+ * ppDstCoeff, pPredModes, pCbp or *ppDstCoeff null: zanStsNullPtr; QP above
+ * 63 (unsigned): zanStsOutOfRange. */
+ZanStatus zaniDisassembleLumaIntra_AVS_16s8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                                 Zan16s** ppDstCoeff, Zan32s* pPredModes, Zan32u* pCbp, Zan32s QP,
+                                                 Zan32u edgeType);
+
+/* Encoder-side intra 4:2:0 chroma: pSrc[0], pSrc[1] are the U and V 8x8
+ * source blocks (srcStep), pDst[0], pDst[1] the U and V blocks of the
+ * reconstructed picture (dstStep), read and predicted with the edge word
+ * edgeType | 64 as in zaniReconstructChromaIntra_AVS_16s8u_C1R.  One mode
+ * serves both components: each chroma mode 0..3 (0 DC, 1 horizontal, 2
+ * vertical, 3 plane) whose neighbours are present predicts U and V, and its
+ * cost is the SAD of U plus the SAD of V (residuals measured into the
+ * entries 0..63 and 64..127 at the cursor); the first mode with the
+ * smallest cost wins (start: DC with the largest unsigned cost) and goes to
+ * *pPredMode.  Then U (pattern bit 0) and V (bit 1) are each predicted
+ * again, transformed, quantised (intra) and, if any level is not 0,
+ * reconstructed and kept at the cursor, which moves by 64, as for luma.
+ * *pCbp receives the pattern, *ppDstCoeff the cursor.  The coefficient
+ * array needs room for 128 entries.  Checks: pSrc, pDst, ppDstCoeff,
+ * pPredMode, pCbp, then pSrc[0], pSrc[1], pDst[0], pDst[1], *ppDstCoeff
+ * null: zanStsNullPtr; QP above 51 (unsigned): zanStsOutOfRange. */
+ZanStatus zaniDisassembleChroma420Intra_AVS_16s8u_C1R(const Zan8u* pSrc[2], Zan32s srcStep, Zan8u* pDst[2],
+                                                      Zan32s dstStep, Zan16s** ppDstCoeff, Zan32s* pPredMode,
+                                                      Zan32u* pCbp, Zan32s QP, Zan32u edgeType);
+
 /* ==== end of avsblock ==== */
 
 /* ==== avsinter: AVS interpolation, weighting and deblocking ==== */

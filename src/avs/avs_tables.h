@@ -173,4 +173,25 @@ inline constexpr Zan32s kT8[8][8] = {
     {9, -2, -10, -6, 6, 10, 2, -9},   {8, -8, -8, 8, 8, -8, -8, 8},     {6, -10, 2, 9, -9, -2, 10, -6},
     {4, -10, 10, -4, -4, 10, -10, 4}, {2, -6, 9, -10, 10, -9, 6, -2}};
 
+// Forward quantisation of the standard's encoder: a transformed coefficient
+// F at row v, column u becomes
+//   sign(F) * ((((|F| * kQuantNorm[v & 3][u & 3] + (1 << 18)) >> 19)
+//               * kQuant[QP] + kQuantRound[intra]) >> 15).
+// kQuantNorm evens out the unequal norms of the transform's basis functions
+// (512 for rows 0 and 4, 464 for rows 2 and 6, 442 for the odd rows):
+// 32768 * 512 * 512 / (norm_v * norm_u) rounded to nearest.  kQuant halves every 8 QP steps
+// (32768 at QP 0), the inverse of kDequant.  The rounding is 10/31 of a step
+// for intra blocks and 10/62 for inter blocks.
+inline constexpr Zan32s kQuant[64] = {
+    32768, 29775, 27554, 25268, 23170, 21247, 19369, 17770, 16302, 15024, 13777, 12634, 11626,
+    10624, 9742,  8958,  8192,  7512,  6889,  6305,  5793,  5303,  4878,  4467,  4091,  3756,
+    3444,  3161,  2894,  2654,  2435,  2235,  2048,  1878,  1722,  1579,  1449,  1329,  1218,
+    1117,  1024,  939,   861,   790,   724,   664,   609,   558,   512,   470,   430,   395,
+    362,   332,   304,   279,   256,   235,   215,   197,   181,   166,   152,   140};
+inline constexpr Zan32s kQuantNorm[4][4] = {{32768, 37958, 36158, 37958},
+                                            {37958, 43969, 41884, 43969},
+                                            {36158, 41884, 39898, 41884},
+                                            {37958, 43969, 41884, 43969}};
+inline constexpr Zan32s kQuantRound[2] = {(1 << 15) * 10 / 62, (1 << 15) * 10 / 31};  // inter 5285, intra 10570
+
 }  // namespace zan::avs

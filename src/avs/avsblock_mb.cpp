@@ -1,14 +1,21 @@
-// AVS macroblock reconstruction: the intra predictors of 8x8 blocks and the
-// exported luma and chroma reconstruction of intra and inter macroblocks.
+// AVS macroblock reconstruction: the intra predictors of 8x8 blocks, the
+// exported luma and chroma reconstruction of intra and inter macroblocks,
+// and the encoder-side passes (mode decision, transform-quantise,
+// reconstruction) for intra luma and 4:2:0 chroma.
 //
 // The predictors are scalar: each writes one 8x8 block once per call and
-// the work is dominated by the inverse transform that follows.
+// the work is dominated by the transforms around them.  The encoder-side
+// passes call the vector kernels of the difference with SAD, the forward
+// transform and quantiser, and the one-block reconstruction; their own code
+// is the decision, with no loop worth a kernel.
 #include <cstddef>
+#include <cstring>
 
 #include "avs/avs_tables.h"
 #include "avs/avsblock.h"
 #include "common/path.h"
 #include "frame/bodies.h"
+#include "zanvc.h"
 
 namespace zan::ZAN_PATH::avsblock {
 namespace {
@@ -77,7 +84,7 @@ Zan32s predict_horizontal(Zan8u* p, Zan32s step, Zan32u edge) {
 }
 
 // Both sides: (lp(r, x + 1) + lp(c, y + 1)) >> 1; one side: its smoothed
-// sample; none: 128.
+// sample; none: 128.  The smoothed lines are made once, then the rows.
 Zan32s predict_dc(Zan8u* p, Zan32s step, Zan32u edge) {
     const bool above = !(edge & kAbove), left = !(edge & kLeft);
     if (!above && !left) {
@@ -85,45 +92,44 @@ Zan32s predict_dc(Zan8u* p, Zan32s step, Zan32u edge) {
         return 1;
     }
     const Neighbours n = gather(p, step, edge);
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) {
-            Zan32s v;
-            if (above && left)
-                v = (lp(n.r, x + 1) + lp(n.c, y + 1)) >> 1;
-            else if (above)
-                v = lp(n.r, x + 1);
-            else
-                v = lp(n.c, y + 1);
-            *at(p, step, y, x) = static_cast<Zan8u>(v);
-        }
+    Zan32s top[8], side[8];
+    for (int i = 0; i < 8; ++i) {
+        top[i] = above ? lp(n.r, i + 1) : 0;
+        side[i] = left ? lp(n.c, i + 1) : 0;
+    }
+    for (int y = 0; y < 8; ++y) {
+        Zan8u row[8];
+        for (int x = 0; x < 8; ++x)
+            row[x] = static_cast<Zan8u>(above && left ? (top[x] + side[y]) >> 1 : (above ? top[x] : side[y]));
+        std::memcpy(at(p, step, y, 0), row, 8);
+    }
     return 1;
 }
 
-// (lp(r, x + y + 2) + lp(c, x + y + 2)) >> 1.
+// (lp(r, x + y + 2) + lp(c, x + y + 2)) >> 1: one line of 15 values
+// d[i] = (lp(r, i + 2) + lp(c, i + 2)) >> 1, row y being d[y .. y + 7].
 Zan32s predict_down_left(Zan8u* p, Zan32s step, Zan32u edge) {
     if (edge & (kAbove | kLeft)) return 0;
     const Neighbours n = gather(p, step, edge);
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x)
-            *at(p, step, y, x) = static_cast<Zan8u>((lp(n.r, x + y + 2) + lp(n.c, x + y + 2)) >> 1);
+    Zan8u d[15];
+    for (int i = 0; i < 15; ++i) d[i] = static_cast<Zan8u>((lp(n.r, i + 2) + lp(n.c, i + 2)) >> 1);
+    for (int y = 0; y < 8; ++y) std::memcpy(at(p, step, y, 0), d + y, 8);
     return 1;
 }
 
-// x > y: lp(r, x - y); x < y: lp(c, y - x); x == y: (r[1] + 2 r[0] + c[1] + 2) >> 2.
+// x > y: lp(r, x - y); x < y: lp(c, y - x); x == y: (r[1] + 2 r[0] + c[1] +
+// 2) >> 2.  One line of 15 values by x - y (index 7 + x - y), row y being
+// line[7 - y .. 14 - y].
 Zan32s predict_down_right(Zan8u* p, Zan32s step, Zan32u edge) {
     if (edge & (kAbove | kLeft)) return 0;
     const Neighbours n = gather(p, step, edge);
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) {
-            Zan32s v;
-            if (x > y)
-                v = lp(n.r, x - y);
-            else if (x < y)
-                v = lp(n.c, y - x);
-            else
-                v = (n.r[1] + 2 * n.r[0] + n.c[1] + 2) >> 2;
-            *at(p, step, y, x) = static_cast<Zan8u>(v);
-        }
+    Zan8u line[15];
+    for (int d = 1; d < 8; ++d) {
+        line[7 + d] = static_cast<Zan8u>(lp(n.r, d));
+        line[7 - d] = static_cast<Zan8u>(lp(n.c, d));
+    }
+    line[7] = static_cast<Zan8u>((n.r[1] + 2 * n.r[0] + n.c[1] + 2) >> 2);
+    for (int y = 0; y < 8; ++y) std::memcpy(at(p, step, y, 0), line + 7 - y, 8);
     return 1;
 }
 
@@ -241,6 +247,95 @@ ZanStatus zaniReconstructChromaInter_AVS_16s8u_C1R(Zan16s** ppSrcDstCoeff, Zan8u
         }
     }
     *ppSrcDstCoeff = c;
+    return zanStsOk;
+}
+
+// ------------------------------------------------------- encoder side
+
+namespace {
+
+// One block of the encoder side after its mode is known: predict again,
+// residual into c, transform and quantise in place (intra), and when a
+// level survives, reconstruct into blk.  Returns the zig-zag count.
+Zan32s code_block(const Zan8u* src, Zan32s srcStep, Zan8u* blk, Zan32s dstStep, Zan16s* c,
+                  ab::PredictFn predict, Zan32u edge, Zan32s QP) {
+    predict(blk, dstStep, edge);
+    zaniSubSAD8x8_8u16s_C1R(src, srcStep, blk, dstStep, c, 16, nullptr);
+    Zan32s num = 0;
+    zaniTransformQuant8x8Fwd_AVS_16s_C1(c, c, &num, QP, 1);
+    if (num != 0) zaniTransformQuantAdd8x8Inv_AVS_16s_C1(c, blk, dstStep, num, QP);
+    return num;
+}
+
+}  // namespace
+
+ZanStatus zaniDisassembleLumaIntra_AVS_16s8u_C1R(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep,
+                                                 Zan16s** ppDstCoeff, Zan32s* pPredModes, Zan32u* pCbp, Zan32s QP,
+                                                 Zan32u edgeType) {
+    if (!pSrc || !pDst || !ppDstCoeff || !pPredModes || !pCbp || !*ppDstCoeff) return zanStsNullPtr;
+    if (static_cast<Zan32u>(QP) > 63) return zanStsOutOfRange;
+    Zan16s* c = *ppDstCoeff;
+    Zan32u cbp = 0;
+    for (Zan32s b = 0; b < 4; ++b) {
+        Zan8u* blk = ab::luma_block(pDst, dstStep, b);
+        const Zan8u* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * ((b >> 1) * 8) + (b & 1) * 8;
+        const Zan32u edge = ab::luma_block_edge(edgeType, b);
+        Zan32s best = 2;
+        Zan32u bestSad = 0xFFFFFFFFu;
+        for (Zan32s mode = 0; mode < 5; ++mode) {
+            if (!ab::intra_luma_pred[mode](blk, dstStep, edge)) continue;
+            Zan32s sad = 0;
+            zaniSubSAD8x8_8u16s_C1R(src, srcStep, blk, dstStep, c, 16, &sad);
+            if (static_cast<Zan32u>(sad) < bestSad) {
+                bestSad = static_cast<Zan32u>(sad);
+                best = mode;
+            }
+        }
+        pPredModes[b] = best;
+        if (code_block(src, srcStep, blk, dstStep, c, ab::intra_luma_pred[best], edge, QP) != 0) {
+            cbp |= 1u << b;
+            c += 64;
+        }
+    }
+    *pCbp = cbp;
+    *ppDstCoeff = c;
+    return zanStsOk;
+}
+
+ZanStatus zaniDisassembleChroma420Intra_AVS_16s8u_C1R(const Zan8u* pSrc[2], Zan32s srcStep, Zan8u* pDst[2],
+                                                      Zan32s dstStep, Zan16s** ppDstCoeff, Zan32s* pPredMode,
+                                                      Zan32u* pCbp, Zan32s QP, Zan32u edgeType) {
+    if (!pSrc || !pDst || !ppDstCoeff || !pPredMode || !pCbp) return zanStsNullPtr;
+    if (!pSrc[0] || !pSrc[1] || !pDst[0] || !pDst[1] || !*ppDstCoeff) return zanStsNullPtr;
+    if (static_cast<Zan32u>(QP) > 51) return zanStsOutOfRange;
+    Zan16s* c = *ppDstCoeff;
+    const Zan32u edge = edgeType | ab::kBelowLeft;
+    Zan32s best = 0;
+    Zan32u bestSad = 0xFFFFFFFFu;
+    for (Zan32s mode = 0; mode < 4; ++mode) {
+        Zan32u sum = 0;
+        bool ran = true;
+        for (Zan32s k = 0; k < 2 && ran; ++k) {
+            ran = ab::intra_chroma_pred[mode](pDst[k], dstStep, edge) != 0;
+            Zan32s sad = 0;
+            if (ran) zaniSubSAD8x8_8u16s_C1R(pSrc[k], srcStep, pDst[k], dstStep, c + 64 * k, 16, &sad);
+            sum += static_cast<Zan32u>(sad);
+        }
+        if (ran && sum < bestSad) {
+            bestSad = sum;
+            best = mode;
+        }
+    }
+    *pPredMode = best;
+    Zan32u cbp = 0;
+    for (Zan32s k = 0; k < 2; ++k) {
+        if (code_block(pSrc[k], srcStep, pDst[k], dstStep, c, ab::intra_chroma_pred[best], edge, QP) != 0) {
+            cbp |= 1u << k;
+            c += 64;
+        }
+    }
+    *pCbp = cbp;
+    *ppDstCoeff = c;
     return zanStsOk;
 }
 
