@@ -11,6 +11,8 @@
 // and keeps the pictures.
 #include <zanvc.h>
 
+#include "mpeg4_dec.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -665,6 +667,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: zanvc-h263dec IN.h263 OUT.yuv\n");
         return 2;
     }
+    if (int r = mpeg4_try_main(argv[1], argv[2]); r >= 0) return r;  // MPEG-4 visual stream
     std::FILE* in = std::fopen(argv[1], "rb");
     if (!in) {
         std::fprintf(stderr, "zanvc-h263dec: cannot open %s\n", argv[1]);
