@@ -263,6 +263,20 @@ int chroma_from_sum(int s) {
     return kRound[s & 15] + ((s >> 3) & ~1);
 }
 
+// Edits that turn a data-partitioned stream's coefficient codes into
+// reversible ones (see mpeg4_rewrite_rvlc): a range of source bits
+// [begin, end) is replaced by fixed bits, by new stuffing up to the next byte
+// boundary, or by a block coded again.
+struct Edit {
+    enum Kind { kBits, kStuffing, kBlock } kind = kBits;
+    size_t begin = 0, end = 0;
+    uint32_t value = 0;  // kBits
+    int len = 0;
+    std::int16_t coef[64] = {};  // kBlock: levels in raster order
+    int count = 0, scan = 0;
+    bool intra = false, separate_dc = false;
+};
+
 enum MbType : uint8_t { kSkip = 0, kInter = 1, kInter4v = 2, kIntra = 3 };
 
 // What the first part of a macroblock's syntax gives (in data partitioning
@@ -305,6 +319,7 @@ public:
     bool unit(Bits& b, int code, size_t end, std::string& err);
     bool finish(std::string& err);
     int pictures() const { return decoded_; }
+    void record_edits(std::vector<Edit>* e) { edits_ = e; }
 
 private:
     bool parse_vol(Bits& b, std::string& err);
@@ -325,6 +340,7 @@ private:
     bool output(Picture& p, std::string& err);
 
     std::FILE* out_;
+    std::vector<Edit>* edits_ = nullptr;
     Vol vol_;
     Picture pics_[3];
     int past_ = 0, future_ = 1, bpic_ = 2;  // indices into pics_
@@ -458,7 +474,17 @@ bool Decoder::parse_vol(Bits& b, std::string& err) {
     }
     v.resync_disable = b.get1() != 0;
     v.data_part = b.get1() != 0;
-    if (v.data_part) v.rvlc = b.get1() != 0;
+    if (v.data_part) {
+        if (edits_ && !b.peek(1)) {
+            Edit e;
+            e.begin = b.pos;
+            e.end = b.pos + 1;
+            e.value = 1;
+            e.len = 1;
+            edits_->push_back(e);
+        }
+        v.rvlc = b.get1() != 0;
+    }
     if (v.verid != 1) {
         if (b.get1()) {
             err = "NEWPRED is not supported";
@@ -642,6 +668,13 @@ bool Decoder::is_resync(const Bits& b) const {
 
 bool Decoder::packet_header(Bits& b, int& mbnum, std::string& err) {
     int n = 8 - static_cast<int>(b.pos & 7);
+    if (edits_ && type_ != 2) {
+        Edit e;
+        e.kind = Edit::kStuffing;
+        e.begin = b.pos;
+        e.end = b.pos + static_cast<size_t>(n);
+        edits_->push_back(e);
+    }
     b.skip(n);
     int zeros = type_ == 0 ? 16 : type_ == 1 ? fcode_f_ + 15 : std::max(std::max(fcode_f_, fcode_b_), 2) + 15;
     b.skip(zeros + 1);
@@ -791,12 +824,25 @@ bool Decoder::intra_block(Bits& b, int mbx, int mby, int k, const MbHdr& h, std:
         int scan = h.acpred ? (from_above ? 2 : 1) : 0;
         Zan32s off, last = 0;
         Zan8u* p = b.cursor(&off);
+        size_t begin = b.pos;
         ZanStatus st = zaniDecodeCoeffsIntra_MPEG4_1u16s(&p, &off, coef, &last, vol_.rvlc ? 1 : 0, h.dc_vlc ? 1 : 0, scan);
         if (st != zanStsOk) {
             err = "bad intra coefficients (status " + std::to_string(st) + ")";
             return false;
         }
         b.set_cursor(p, off);
+        if (edits_) {
+            Edit e;
+            e.kind = Edit::kBlock;
+            e.begin = begin;
+            e.end = b.pos;
+            std::memcpy(e.coef, coef, sizeof coef);
+            for (int i = h.dc_vlc ? 1 : 0; i < 64; ++i) e.count += coef[i] != 0;
+            e.scan = scan;
+            e.intra = true;
+            e.separate_dc = h.dc_vlc;
+            edits_->push_back(e);
+        }
         if (b.overrun()) {
             err = "stream ends inside a block";
             return false;
@@ -865,7 +911,20 @@ bool Decoder::inter_block(Bits& b, uint8_t* dst, int step, int qp, std::string& 
     alignas(16) Zan16s coef[64];
     Zan32s off, last = -1;
     Zan8u* p = b.cursor(&off);
-    ZanStatus st = zaniReconstructCoeffsInter_MPEG4_1u16s(&p, &off, coef, &last, vol_.rvlc ? 1 : 0, 0, qinter_, qp);
+    bool rvlc = vol_.rvlc && type_ != 2;  // B-VOPs are never partitioned
+    if (edits_ && type_ != 2) {
+        Edit e;
+        e.kind = Edit::kBlock;
+        e.begin = b.pos;
+        Zan32s o2 = off, l2 = -1;
+        Zan8u* p2 = p;
+        if (zaniDecodeCoeffsInter_MPEG4_1u16s(&p2, &o2, e.coef, &l2, rvlc ? 1 : 0, 0) == zanStsOk) {
+            for (int i = 0; i < 64; ++i) e.count += e.coef[i] != 0;
+            e.end = static_cast<size_t>(p2 - b.data) * 8 + static_cast<size_t>(o2);
+            edits_->push_back(e);
+        }
+    }
+    ZanStatus st = zaniReconstructCoeffsInter_MPEG4_1u16s(&p, &off, coef, &last, rvlc ? 1 : 0, 0, qinter_, qp);
     if (st != zanStsOk) {
         err = "bad inter coefficients (status " + std::to_string(st) + ")";
         return false;
@@ -1173,8 +1232,8 @@ bool Decoder::decode_mb_b(Bits& b, int mbx, int mby, Mv (&pred)[2], std::string&
 
 // ------------------------------------------------------------ VOP data
 bool Decoder::decode_vop_data(Bits& b, size_t end, std::string& err) {
-    (void)end;
     int total = mbw_ * mbh_;
+
     ++slice_;
     if (type_ == 2) {
         Mv pred[2];
@@ -1273,10 +1332,118 @@ bool Decoder::decode_vop_data(Bits& b, size_t end, std::string& err) {
             }
         }
     }
+    if (edits_) {  // the VOP's closing stuffing
+        Edit e;
+        e.kind = Edit::kStuffing;
+        e.begin = b.pos;
+        e.end = end * 8;
+        edits_->push_back(e);
+    }
     return true;
 }
 
+// MSB-first writer.
+struct BitWriter {
+    std::vector<uint8_t> bytes;
+    size_t pos = 0;
+    void put(uint32_t v, int n) {
+        for (int i = n - 1; i >= 0; --i) {
+            if ((pos >> 3) >= bytes.size()) bytes.push_back(0);
+            if ((v >> i) & 1) bytes[pos >> 3] = static_cast<uint8_t>(bytes[pos >> 3] | (0x80 >> (pos & 7)));
+            ++pos;
+        }
+    }
+    void copy(const Bits& b, size_t from, size_t to) {
+        for (size_t p = from; p < to; ++p) put((b.data[p >> 3] >> (7 - (p & 7))) & 1, 1);
+    }
+};
+
 }  // namespace m4
+
+int mpeg4_rewrite_rvlc(const char* in_name, const char* out_name) {
+    std::FILE* in = std::fopen(in_name, "rb");
+    if (!in) {
+        std::fprintf(stderr, "mpeg4-rvlc: cannot open %s\n", in_name);
+        return 1;
+    }
+    std::vector<std::uint8_t> data(m4::kPad, 0);
+    unsigned char buf[65536];
+    size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, in)) > 0) data.insert(data.end(), buf, buf + n);
+    std::fclose(in);
+    size_t size = data.size() - m4::kPad;
+    data.resize(data.size() + m4::kPad, 0);
+    m4::Bits b;
+    b.data = data.data() + m4::kPad;
+    b.size = size;
+    std::FILE* null = std::fopen("/dev/null", "wb");
+    if (!null) return 1;
+    m4::Decoder dec(null);
+    std::vector<m4::Edit> edits;
+    dec.record_edits(&edits);
+    std::string err;
+    bool ok = true;
+    auto next_sc = [&](size_t from) {
+        for (size_t k = from; k + 3 <= size; ++k)
+            if (b.data[k] == 0 && b.data[k + 1] == 0 && b.data[k + 2] == 1) return k;
+        return size;
+    };
+    for (size_t i = next_sc(0); ok && i + 4 <= size;) {
+        size_t end = next_sc(i + 4);
+        m4::Bits unit = b;
+        unit.pos = (i + 4) * 8;
+        unit.size = end;
+        if (!dec.unit(unit, b.data[i + 3], end, err)) ok = false;
+        i = end;
+    }
+    if (ok) dec.finish(err);
+    std::fclose(null);
+    if (!ok) {
+        std::fprintf(stderr, "mpeg4-rvlc: %s: %s\n", in_name, err.c_str());
+        return 1;
+    }
+    std::stable_sort(edits.begin(), edits.end(), [](const m4::Edit& x, const m4::Edit& y) { return x.begin < y.begin; });
+    m4::BitWriter w;
+    size_t at = 0;
+    bool any = false;
+    for (const m4::Edit& e : edits) {
+        if (e.begin < at) continue;
+        w.copy(b, at, e.begin);
+        if (e.kind == m4::Edit::kBits) {
+            w.put(e.value, e.len);
+            any = true;
+        } else if (e.kind == m4::Edit::kStuffing) {
+            w.put(0, 1);
+            while (w.pos & 7) w.put(1, 1);
+        } else {
+            alignas(16) Zan8u tmp[1024] = {};
+            Zan8u* p = tmp;
+            Zan32s off = 0;
+            ZanStatus st = e.intra ? zaniEncodeCoeffsIntra_MPEG4_16s1u(e.coef, &p, &off, e.count, 1, e.separate_dc ? 1 : 0, e.scan)
+                                   : zaniEncodeCoeffsInter_MPEG4_16s1u(e.coef, &p, &off, e.count, 1, 0);
+            if (st != zanStsOk) {
+                std::fprintf(stderr, "mpeg4-rvlc: block coding failed (status %d)\n", st);
+                return 1;
+            }
+            m4::Bits t;
+            t.data = tmp;
+            t.size = sizeof tmp;
+            w.copy(t, 0, static_cast<size_t>(p - tmp) * 8 + static_cast<size_t>(off));
+        }
+        at = e.end;
+    }
+    w.copy(b, at, size * 8);
+    if (!any) {
+        std::fprintf(stderr, "mpeg4-rvlc: %s: not a data-partitioned stream with ordinary codes\n", in_name);
+        return 1;
+    }
+    std::FILE* out = std::fopen(out_name, "wb");
+    if (!out || std::fwrite(w.bytes.data(), 1, w.bytes.size(), out) != w.bytes.size() || std::fclose(out) != 0) {
+        std::fprintf(stderr, "mpeg4-rvlc: cannot write %s\n", out_name);
+        return 1;
+    }
+    return 0;
+}
 
 int mpeg4_try_main(const char* in_name, const char* out_name) {
     std::FILE* in = std::fopen(in_name, "rb");

@@ -9,3 +9,9 @@
 // Returns -1 when the file is not an MPEG-4 stream (or cannot be read: the
 // caller then reports that itself).
 int mpeg4_try_main(const char* in_name, const char* out_name);
+
+// Test tool: reads a data-partitioned stream with ordinary coefficient codes
+// and writes the same stream with the reversible codes (the VOL's
+// reversible_vlc set, the I- and P-VOP blocks coded again, stuffing before
+// resync markers and start codes redone).  Returns the exit status.
+int mpeg4_rewrite_rvlc(const char* in_name, const char* out_name);

@@ -11,8 +11,13 @@
 # (default 45 dB), and a PSNR against the source within 0.5 dB of ffmpeg's.
 # Then truncated and damaged streams must be refused with a message (or
 # decoded), never crash.
-# Usage: test_mpeg4.sh path/to/zanvc-h263dec
+# Reversible codes: ffmpeg's encoder does not write them, so mpeg4-rvlc
+# rewrites a data-partitioned stream with them; ffmpeg's decoding of the
+# rewritten stream must equal its decoding of the original, and ours must
+# equal ours of the original and pass the comparison above.
+# Usage: test_mpeg4.sh path/to/zanvc-h263dec [path/to/mpeg4-rvlc]
 dec=$1
+rvlc=$2
 command -v ffmpeg >/dev/null 2>&1 || { echo "ffmpeg not found: skipped"; exit 77; }
 command -v python3 >/dev/null 2>&1 || { echo "python3 not found: skipped"; exit 77; }
 ffmpeg -hide_banner -encoders 2>/dev/null | grep -q ' mpeg4 ' || { echo "ffmpeg has no mpeg4 encoder: skipped"; exit 77; }
@@ -100,6 +105,32 @@ run asp_all_fast testsrc2   24 5  -q:v 3 -bf 2 -flags +qpel+mv4 -ps 1200 -thread
 run dp           testsrc2   24 25 -q:v 4 -data_partitioning 1 -flags +mv4
 run dp_asp       mandelbrot 24 25 -q:v 5 -data_partitioning 1 -bf 2 -flags +qpel -ps 1000 -threads 1
 
+# rvlc NAME: the stream of an earlier run NAME rewritten with reversible codes.
+rvlc() {
+    name=$1
+    [ -n "$rvlc" ] || { echo "skip rvlc_$name: no mpeg4-rvlc"; return; }
+    if ! "$rvlc" "$tmp/$name.m4v" "$tmp/rvlc_$name.m4v"; then
+        echo "FAIL rvlc_$name: rewrite"; fail=1; return
+    fi
+    cp "$tmp/$name.src.yuv" "$tmp/rvlc_$name.src.yuv"
+    ffmpeg -hide_banner -loglevel error -i "$tmp/rvlc_$name.m4v" -f rawvideo -pix_fmt yuv420p -fps_mode passthrough \
+        -y "$tmp/rvlc_$name.ref.yuv" || { echo "FAIL rvlc_$name: reference decode"; fail=1; return; }
+    cmp -s "$tmp/rvlc_$name.ref.yuv" "$tmp/$name.ref.yuv" ||
+        { echo "FAIL rvlc_$name: ffmpeg decodes the rewritten stream differently"; fail=1; return; }
+    if ! "$dec" "$tmp/rvlc_$name.m4v" "$tmp/rvlc_$name.yuv"; then
+        echo "FAIL rvlc_$name: decoder error"; fail=1; return
+    fi
+    cmp -s "$tmp/rvlc_$name.yuv" "$tmp/$name.yuv" ||
+        { echo "FAIL rvlc_$name: reversible decoding differs from the ordinary codes"; fail=1; return; }
+    if res=$(compare "rvlc_$name" 352 288); then
+        echo "ok   rvlc_$name: $res"
+    else
+        echo "FAIL rvlc_$name: $res"; fail=1
+    fi
+}
+rvlc dp
+rvlc dp_asp
+
 # Damaged streams: exit status 0 (decoded) or 1 with a message, never a
 # crash; truncated inside a VOP must be refused.
 damaged() {
@@ -145,6 +176,20 @@ for i in range(len(d) // 3, len(d) // 3 + 400):
 open(sys.argv[2], 'wb').write(d)
 PY
     damaged garbage.m4v any
+    if [ -s "$tmp/rvlc_dp_asp.m4v" ]; then  # damaged reversible codes
+        for seed in 11 12 13; do
+            python3 - "$tmp/rvlc_dp_asp.m4v" "$tmp/rflip_$seed.m4v" "$seed" <<'PY'
+import random, sys
+d = bytearray(open(sys.argv[1], 'rb').read())
+r = random.Random(int(sys.argv[3]))
+for _ in range(6):
+    i = r.randrange(60, len(d))
+    d[i] ^= 1 << r.randrange(8)
+open(sys.argv[2], 'wb').write(d)
+PY
+            damaged "rflip_$seed.m4v" any
+        done
+    fi
     printf '\000\000\001\266\377\377' >"$tmp/vop_only.m4v"
     damaged vop_only.m4v refuse
 fi
