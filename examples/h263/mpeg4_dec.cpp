@@ -761,7 +761,12 @@ Mv Decoder::predict_mv(int mbx, int mby, int blk) const {
 // than 1/2, lifting samples by 1/8 on average; the DC coefficient adds DC/8
 // to every sample, so taking 1 from it moves the rounding back to nearest.
 // The count is 1 when all coefficients lie in the 4x4 corner, else 10; never
-// 0, since the DC-only path divides by 8 truncating toward zero.
+// 0, since the DC-only path divides by 8 truncating toward zero.  Measured
+// against ffmpeg on 24-picture CIF clips (worst picture, PSNR / MAD): this
+// form 61.0 dB / 0.05 (testsrc2, q4) and 57.9 / 0.10 (mandelbrot, q5); with
+// no DC correction and the DC-only path 53.3 / 0.18 and 48.5 / 0.56; with no
+// correction and never the DC-only path 52.9 / 0.20 and 49.4 / 0.46; with the
+// correction and the DC-only path 49.1 / 0.79 and 51.5 / 0.38.
 Zan32s transpose_for_idct(const Zan16s* c, Zan16s* t) {
     int outside = 0;
     for (int v = 0; v < 8; ++v)
