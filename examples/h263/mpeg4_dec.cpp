@@ -328,6 +328,7 @@ private:
     bool is_resync(const Bits& b) const;
     bool packet_header(Bits& b, int& mbnum, std::string& err);
     bool read_mv(Bits& b, int fcode, int pred, int& v);
+    bool read_vectors(Bits& b, int mbx, int mby, bool four, std::string& err);
     Mv predict_mv(int mbx, int mby, int blk) const;
     bool mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::string& err);
     bool read_dcs(Bits& b, MbHdr& h, std::string& err);
@@ -1011,7 +1012,28 @@ void Decoder::predict(Picture& ref, Picture& dst, int mbx, int mby, const Mv* mv
 }
 
 // ------------------------------------------------------------ I and P macroblocks
-// part: 0 whole header (no data partitioning); 1 first partition; 2 second.
+// The vector of a P macroblock, or its four, each predicted from its
+// neighbours and stored in the vector grid (a single vector fills all four
+// blocks).
+bool Decoder::read_vectors(Bits& b, int mbx, int mby, bool four, std::string& err) {
+    size_t row = static_cast<size_t>(2 * mbw_);
+    Mv* mv = &mv8_[static_cast<size_t>(2 * mby) * row + static_cast<size_t>(2 * mbx)];
+    for (int k = 0; k < (four ? 4 : 1); ++k) {
+        Mv p = predict_mv(mbx, mby, k);
+        Mv& d = mv[static_cast<size_t>(k >> 1) * row + static_cast<size_t>(k & 1)];
+        if (!read_mv(b, fcode_f_, p.x, d.x) || !read_mv(b, fcode_f_, p.y, d.y)) {
+            err = "bad motion vector";
+            return false;
+        }
+    }
+    if (!four) mv[1] = mv[row] = mv[row + 1] = mv[0];
+    return true;
+}
+
+// Macroblock header of an I- or P-VOP.  part: 0 the whole header (no data
+// partitioning); 1 what the first partition holds (not_coded, mcbpc, and the
+// vectors of a P-VOP or dquant and the DCs of an I-VOP); 2 what the second
+// holds (ac_pred_flag and cbpy, and for P-VOPs dquant and the DCs).
 bool Decoder::mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::string& err) {
     static const int kDq[4] = {-1, -2, 1, 2};
     static const int kDcThr[8] = {32, 13, 15, 17, 19, 21, 23, 0};
@@ -1043,19 +1065,9 @@ bool Decoder::mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::s
         mbtype_[m] = h.type;
         mbslice_[m] = slice_;
         if (h.type == kInter || h.type == kInter4v) {
-            int n = h.type == kInter4v ? 4 : 1;
-            for (int k = 0; k < n; ++k) {
-                // In data partitioning the vectors follow mcbpc; otherwise
-                // they are read below after cbpy and dquant.
-                if (part == 0) break;
-                Mv p = predict_mv(mbx, mby, k);
-                Mv& d = mv[(k >> 1) * row + (k & 1)];
-                if (!read_mv(b, fcode_f_, p.x, d.x) || !read_mv(b, fcode_f_, p.y, d.y)) {
-                    err = "bad motion vector";
-                    return false;
-                }
-                if (n == 1) mv[1] = mv[row] = mv[row + 1] = d;
-            }
+            // In data partitioning the vectors follow mcbpc; otherwise they
+            // are read below after cbpy and dquant.
+            if (part == 1 && !read_vectors(b, mbx, mby, h.type == kInter4v, err)) return false;
         } else {
             mv[0] = mv[1] = mv[row] = mv[row + 1] = Mv{};
         }
@@ -1088,18 +1100,9 @@ bool Decoder::mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::s
     if (h.dquant) quant_ = std::min(31, std::max(1, quant_ + kDq[b.get(2)]));
     h.qp = quant_;
     mbqp_[m] = static_cast<uint8_t>(quant_);
-    if (part == 0 && (h.type == kInter || h.type == kInter4v)) {
-        int n = h.type == kInter4v ? 4 : 1;
-        for (int k = 0; k < n; ++k) {
-            Mv p = predict_mv(mbx, mby, k);
-            Mv& d = mv[(k >> 1) * row + (k & 1)];
-            if (!read_mv(b, fcode_f_, p.x, d.x) || !read_mv(b, fcode_f_, p.y, d.y)) {
-                err = "bad motion vector";
-                return false;
-            }
-            if (n == 1) mv[1] = mv[row] = mv[row + 1] = d;
-        }
-    }
+    if (part == 0 && (h.type == kInter || h.type == kInter4v) &&
+        !read_vectors(b, mbx, mby, h.type == kInter4v, err))
+        return false;
     if (h.type == kIntra) {
         h.dc_vlc = quant_ < kDcThr[dc_thr_];
         if (h.dc_vlc && part == 2 && !read_dcs(b, h, err)) return false;

@@ -190,6 +190,10 @@ PY
             damaged "rflip_$seed.m4v" any
         done
     fi
+    # a tool the decoder does not have (interlace) is refused by name
+    ffmpeg -hide_banner -loglevel error -f lavfi -i testsrc2=size=176x144:rate=25 -frames:v 2 -pix_fmt yuv420p \
+        -c:v mpeg4 -flags +ildct -f m4v -y "$tmp/interlaced.m4v" && damaged interlaced.m4v refuse &&
+        grep -q interlaced "$tmp/interlaced.m4v.err" || { echo "FAIL interlaced: no clear message"; fail=1; }
     printf '\000\000\001\266\377\377' >"$tmp/vop_only.m4v"
     damaged vop_only.m4v refuse
 fi
