@@ -1087,7 +1087,7 @@ bool Decoder::mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::s
         mbqp_[m] = static_cast<uint8_t>(quant_);
         return true;
     }
-    // part 0 or 2
+    // the whole header, or the second partition
     if (h.type == kIntra) h.acpred = b.get1() != 0;
     int cbpy;
     if (!tables().cbpy.read(b, cbpy)) {
