@@ -1073,10 +1073,10 @@ bool Decoder::mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::s
         }
         if (part == 1) {
             if (type_ == 0) {  // I-VOP: dquant and DCs are in the first partition
+                h.dc_vlc = quant_ < kDcThr[dc_thr_];  // by the running quantiser, before dquant
                 if (h.dquant) quant_ = std::min(31, std::max(1, quant_ + kDq[b.get(2)]));
                 h.qp = quant_;
                 mbqp_[m] = static_cast<uint8_t>(quant_);
-                h.dc_vlc = quant_ < kDcThr[dc_thr_];
                 if (h.dc_vlc && !read_dcs(b, h, err)) return false;
             }
             return true;
@@ -1097,16 +1097,16 @@ bool Decoder::mb_header_ip(Bits& b, int mbx, int mby, MbHdr& h, int part, std::s
     if (h.type != kIntra) cbpy = 15 - cbpy;
     h.cbp |= cbpy << 2;
     if (part == 2 && type_ == 0) return true;  // I-VOP second partition: ac_pred_flag and cbpy only
+    // Whether intra DCs have their own code is decided by the running
+    // quantiser, the one before this macroblock's dquant.
+    if (h.type == kIntra) h.dc_vlc = quant_ < kDcThr[dc_thr_];
     if (h.dquant) quant_ = std::min(31, std::max(1, quant_ + kDq[b.get(2)]));
     h.qp = quant_;
     mbqp_[m] = static_cast<uint8_t>(quant_);
     if (part == 0 && (h.type == kInter || h.type == kInter4v) &&
         !read_vectors(b, mbx, mby, h.type == kInter4v, err))
         return false;
-    if (h.type == kIntra) {
-        h.dc_vlc = quant_ < kDcThr[dc_thr_];
-        if (h.dc_vlc && part == 2 && !read_dcs(b, h, err)) return false;
-    }
+    if (h.type == kIntra && h.dc_vlc && part == 2 && !read_dcs(b, h, err)) return false;
     if (b.overrun()) {
         err = "stream ends inside a macroblock header";
         return false;
