@@ -86,7 +86,7 @@ inline __m128i absdiff_u8(__m128i a, __m128i b) { return _mm_or_si128(_mm_subs_e
 
 // Eight psadbw sums, each with its two partial sums (below 32768) in 16-bit
 // lanes 0 and 4, to eight 16-bit totals: candidate k in lane k.
-inline __m128i pack_sads(const __m128i (&acc)[8]) {
+inline __attribute__((always_inline)) __m128i pack_sads(const __m128i (&acc)[8]) {
     __m128i a = _mm_or_si128(_mm_or_si128(acc[0], _mm_slli_epi64(acc[1], 16)),
                              _mm_or_si128(_mm_slli_epi64(acc[2], 32), _mm_slli_epi64(acc[3], 48)));
     __m128i b = _mm_or_si128(_mm_or_si128(acc[4], _mm_slli_epi64(acc[5], 16)),
@@ -197,13 +197,18 @@ inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
 
 // 16x16: one load of each current row against the eight candidates of the
 // reference row; cands(y) gives, for reference row y of the pass, a function
-// of the compile-time k that forms candidate k.
+// of the compile-time k that forms candidate k.  The first row's sums start
+// the eight totals.
 template <class Cands>
 inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
-    const __m128i zero = _mm_setzero_si128();
-    __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
-#pragma GCC unroll 4
-    for (Zan32s y = 0; y < 16; ++y) {
+    __m128i acc[8];
+    {
+        __m128i c = load16(cur.p);
+        auto candidate = cands(0);
+        unroll<8>([&](auto k) { acc[k] = _mm_sad_epu8(candidate(k), c); });
+    }
+#pragma GCC unroll 5
+    for (Zan32s y = 1; y < 16; ++y) {
         __m128i c = load16(row(cur.p, cur.step, y));
         auto candidate = cands(y);
         unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(candidate(k), c)); });
