@@ -495,6 +495,11 @@ const BlockKernels block_kernels = {kSad8Pairs, kSad16Pairs, kPairPairs, kBlocks
 
 namespace zan::ZAN_PATH {
 
+// The single-block bodies start on a 64-byte boundary, so that the short
+// ones (the 4x4 body is 112 bytes) span two cache lines rather than three:
+// at 16 bytes past a boundary the 4x4 export measured 0.3 ns slower.
+#define ZAN_BODY_ALIGN __attribute__((aligned(64)))
+
 // The bodies check their pointers, then run the plain position's kernel in
 // place (the position most calls ask for: no jump from body to kernel) or end
 // in a jump through the position table to a kernel that writes the result
@@ -504,7 +509,7 @@ namespace zan::ZAN_PATH {
 // position table unchecked: 0..15 is the caller's promise.
 
 #define ZAN_SAD_POSITION(name, T, table, core, W, H)                                                     \
-    ZAN_ROW_ADDRESSING ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep,      \
+    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep,      \
                                       Zan32s* pResult, Zan32s mcType) {                                  \
         ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                   \
         if (static_cast<Zan32u>(mcType) < 4) [[likely]] {                                                \
@@ -524,8 +529,8 @@ ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u, sad16_core, 4, 4)
 // The four forms without mcType carry their kernel inline (built with the
 // kernels' own options, so that it can be inlined): checks, then the block.
 #define ZAN_SAD_PLAIN(name, W, H)                                                                           \
-    ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, \
-                                      Zan32s* pResult) {                                                    \
+    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef,    \
+                                                     Zan32s refStep, Zan32s* pResult) {                                                    \
         ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                      \
         *pResult = sad::sad8_core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                         \
         return zanStsOk;                                                                                    \
@@ -535,6 +540,7 @@ ZAN_SAD_PLAIN(zaniSAD8x4_8u32s_C1R, 8, 4)
 ZAN_SAD_PLAIN(zaniSAD4x8_8u32s_C1R, 4, 8)
 ZAN_SAD_PLAIN(zaniSAD4x4_8u32s, 4, 4)
 #undef ZAN_SAD_PLAIN
+#undef ZAN_BODY_ALIGN
 
 ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
                                Zan32s* pResultU, Zan32s* pResultV, Zan32s mcType) {
