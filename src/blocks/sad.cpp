@@ -436,17 +436,6 @@ constexpr SadC2Fn kSad8x8C2[4] = {c2_simd<kPlain>, c2_simd<kFH>, c2_simd<kHF>, c
 
 #undef ZAN_POSITIONS
 
-// The table entry for mcType, loaded into a register.  The empty asm keeps
-// the compiler from folding the load into the jump: on the machine the
-// benchmarks run on, a jump through a register costs about one cycle less
-// than a jump through an indexed memory operand.
-template <class Fn>
-inline Fn position_kernel(const Fn (&table)[4], Zan32s mcType) {
-    Fn fn = table[mcType >> 2];
-    asm("" : "+r"(fn));
-    return fn;
-}
-
 // ============================================================= catalogue
 
 #define ZAN_PAIRS(name, rule, simd, W, H)                                                   \
@@ -508,15 +497,15 @@ namespace zan::ZAN_PATH {
 // mcType >> 2 is 0 exactly when mcType is 0..3; other values index the
 // position table unchecked: 0..15 is the caller's promise.
 
-#define ZAN_SAD_POSITION(name, T, table, core, W, H)                                                     \
-    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep,      \
-                                      Zan32s* pResult, Zan32s mcType) {                                  \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                   \
-        if (static_cast<Zan32u>(mcType) < 4) [[likely]] {                                                \
-            *pResult = sad::core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                       \
-            return zanStsOk;                                                                             \
-        }                                                                                                \
-        return sad::position_kernel(sad::table, mcType)(pCur, curStep, pRef, refStep, pResult);          \
+#define ZAN_SAD_POSITION(name, T, table, core, W, H)                                                               \
+    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, \
+                                                     Zan32s* pResult, Zan32s mcType) {                             \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                             \
+        if (static_cast<Zan32u>(mcType) < 4) [[likely]] {                                                          \
+            *pResult = sad::core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                                 \
+            return zanStsOk;                                                                                       \
+        }                                                                                                          \
+        return sad::table[mcType >> 2](pCur, curStep, pRef, refStep, pResult);                                     \
     }
 ZAN_SAD_POSITION(zaniSAD16x16_8u32s, Zan8u, kSad16x16, sad8_core, 16, 16)
 ZAN_SAD_POSITION(zaniSAD16x8_8u32s_C1R, Zan8u, kSad16x8, sad8_core, 16, 8)
@@ -528,12 +517,12 @@ ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u, sad16_core, 4, 4)
 
 // The four forms without mcType carry their kernel inline (built with the
 // kernels' own options, so that it can be inlined): checks, then the block.
-#define ZAN_SAD_PLAIN(name, W, H)                                                                           \
-    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef,    \
-                                                     Zan32s refStep, Zan32s* pResult) {                                                    \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                      \
-        *pResult = sad::sad8_core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                         \
-        return zanStsOk;                                                                                    \
+#define ZAN_SAD_PLAIN(name, W, H)                                                                          \
+    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, \
+                                                     Zan32s refStep, Zan32s* pResult) {                    \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                     \
+        *pResult = sad::sad8_core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                        \
+        return zanStsOk;                                                                                   \
     }
 ZAN_SAD_PLAIN(zaniSAD8x16_8u32s_C1R, 8, 16)
 ZAN_SAD_PLAIN(zaniSAD8x4_8u32s_C1R, 8, 4)
@@ -547,7 +536,7 @@ ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* p
     ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResultU); ZAN_SAD_NULL(pResultV);
     if (curStep < 1 || refStep < 1) [[unlikely]]
         return zanStsStepBad;
-    return sad::position_kernel(sad::kSad8x8C2, mcType)(pCur, curStep, pRef, refStep, pResultU, pResultV);
+    return sad::kSad8x8C2[mcType >> 2](pCur, curStep, pRef, refStep, pResultU, pResultV);
 }
 
 #define ZAN_SAD_BLOCKS(name, T, R, kernel)                                                     \
