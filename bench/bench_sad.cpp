@@ -12,9 +12,10 @@
 //   sad/direct-in-program/<name>
 //                       the same kernel linked into this program: a call
 //                       within the program, which on the AMD EPYC machine
-//                       of the benchmarks costs about 0.8 ns less than a
-//                       call to code more than 4 GiB away (where the loader
-//                       puts shared objects)
+//                       of the benchmarks costs up to about 0.8 ns less
+//                       (on the shortest kernels) than a call to code more
+//                       than 4 GiB away, where the loader puts shared
+//                       objects
 //   sad/peer/<name>     FFmpeg's libavutil pixelutils SAD of the same size
 //                       (8x8 and 16x16 only), capped at SSE2, when the
 //                       program was built with libavutil
