@@ -5,7 +5,17 @@
 // figures differ only in what is called:
 //   sad/export/<name>   the exported function (stub, checks, kernel)
 //   sad/direct/<name>   the active path's catalogue kernel of the same
-//                       block, called straight through a pointer
+//                       block, called straight through a pointer, from a
+//                       shared object of the benchmarks' own
+//                       (sad_shared.cpp), so that the call crosses the same
+//                       distance as a call into the library
+//   sad/direct-in-program/<name>
+//                       the same kernel linked into this program: a call
+//                       within the program, which on the AMD EPYC machine
+//                       of the benchmarks costs up to about 0.8 ns less
+//                       (on the shortest kernels) than a call to code more
+//                       than 4 GiB away, where the loader puts shared
+//                       objects
 //   sad/peer/<name>     FFmpeg's libavutil pixelutils SAD of the same size
 //                       (8x8 and 16x16 only), capped at SSE2, when the
 //                       program was built with libavutil
@@ -24,6 +34,9 @@
 
 #include "bench_util.h"
 #include "blocks/sad.h"
+
+// The catalogues of the benchmarks' shared object (sad_shared.cpp).
+extern "C" const zan::sad::BlockKernels* zan_bench_sad_shared_block_kernels(int n8);
 
 #if ZANVC_BENCH_AVUTIL
 extern "C" {
@@ -218,37 +231,52 @@ Fn active_kernel(KernelList<Fn> u8, KernelList<Fn> n8, const char* name) {
 // (refAt(1)); 16-bit samples two bytes past it.
 const Zan16u* ref16(Inputs& in) { return reinterpret_cast<const Zan16u*>(in.refAt(2)); }
 
+// The single-block catalogues of the active path: the copy in the
+// benchmarks' shared object, and the one linked into this program.
+const BlockKernels& shared_block_kernels() { return *zan_bench_sad_shared_block_kernels(n8_active() ? 1 : 0); }
+const BlockKernels& program_block_kernels() {
+    return n8_active() ? n8::sad::block_kernels : u8::sad::block_kernels;
+}
+
+// Times a direct call of kernel k (from the shared copy of the catalogue, and
+// from this program's) under sad/direct/<what> and
+// sad/direct-in-program/<what>.
+template <class Fn, class Call>
+void add_direct(const std::string& what, KernelList<Fn> shared, KernelList<Fn> program, const char* kernel,
+                Call call) {
+    Fn far = active_kernel<Fn>(shared, shared, kernel);
+    Fn near = active_kernel<Fn>(program, program, kernel);
+    add_timed("direct", what, [=](Inputs& in) { return call(far, in); });
+    add_timed("direct-in-program", what, [=](Inputs& in) { return call(near, in); });
+}
+
 // One single-block export of 8-bit samples and its own kernel.  mc: the
 // export's mcType, or -1 for the forms without one.
 template <class ExportFn>
 void add_sad8(const std::string& what, ExportFn exp, Zan32s mc, const char* kernel) {
-    const BlockKernels& bu = u8::sad::block_kernels;
-    const BlockKernels& bn = n8::sad::block_kernels;
-    Sad8Fn k = active_kernel<Sad8Fn>(bu.sad8, bn.sad8, kernel);
     add_export(what, [=](Inputs& in) {
         if constexpr (std::is_invocable_v<ExportFn, const Zan8u*, Zan32s, const Zan8u*, Zan32s, Zan32s*, Zan32s>)
             return exp(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>(), mc);
         else
             return exp(in.cur.data(), kStep, in.refAt(1), kStep, in.out.as<Zan32s>());
     });
-    add_timed("direct", what, [=](Inputs& in) {
-        *in.out.as<Zan32s>() = k(in.cur.data(), kStep, in.refAt(1), kStep);
-        return zanStsOk;
-    });
+    add_direct<Sad8Fn>(what, shared_block_kernels().sad8, program_block_kernels().sad8, kernel,
+                       [](Sad8Fn k, Inputs& in) {
+                           *in.out.as<Zan32s>() = k(in.cur.data(), kStep, in.refAt(1), kStep);
+                           return zanStsOk;
+                       });
 }
 
 template <class ExportFn>
 void add_sad16(const std::string& what, ExportFn exp, const char* kernel) {
-    const BlockKernels& bu = u8::sad::block_kernels;
-    const BlockKernels& bn = n8::sad::block_kernels;
-    Sad16Fn k = active_kernel<Sad16Fn>(bu.sad16, bn.sad16, kernel);
     add_export(what, [=](Inputs& in) {
         return exp(in.cur.as<Zan16u>(), kStep, ref16(in), kStep, in.out.as<Zan32s>(), 0);
     });
-    add_timed("direct", what, [=](Inputs& in) {
-        *in.out.as<Zan32s>() = k(in.cur.as<Zan16u>(), kStep, ref16(in), kStep);
-        return zanStsOk;
-    });
+    add_direct<Sad16Fn>(what, shared_block_kernels().sad16, program_block_kernels().sad16, kernel,
+                        [](Sad16Fn k, Inputs& in) {
+                            *in.out.as<Zan32s>() = k(in.cur.as<Zan16u>(), kStep, ref16(in), kStep);
+                            return zanStsOk;
+                        });
 }
 
 #if ZANVC_BENCH_AVUTIL

@@ -484,38 +484,52 @@ const BlockKernels block_kernels = {kSad8Pairs, kSad16Pairs, kPairPairs, kBlocks
 
 namespace zan::ZAN_PATH {
 
-// The bodies check their pointers and end in a jump to the kernel, which
-// writes the result and returns zanStsOk.
+// The single-block bodies start on a 64-byte boundary, so that the short
+// ones (the 4x4 body is 112 bytes) span two cache lines rather than three:
+// at 16 bytes past a boundary the 4x4 export measured 0.3 ns slower.
+#define ZAN_BODY_ALIGN __attribute__((aligned(64)))
+
+// The bodies check their pointers, then run the plain position's kernel in
+// place (the position most calls ask for: no jump from body to kernel) or end
+// in a jump through the position table to a kernel that writes the result
+// and returns zanStsOk.
 //
-// mcType >> 2 indexes the position table unchecked: 0..15 is the caller's promise.
-#define ZAN_SAD_POSITION(name, T, table)                                                          \
-    ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, Zan32s* pResult, \
-                   Zan32s mcType) {                                                               \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                            \
-        return sad::table[mcType >> 2](pCur, curStep, pRef, refStep, pResult);                    \
+// mcType >> 2 is 0 exactly when mcType is 0..3; other values index the
+// position table unchecked: 0..15 is the caller's promise.
+
+#define ZAN_SAD_POSITION(name, T, table, core, W, H)                                                               \
+    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const T* pCur, Zan32s curStep, const T* pRef, Zan32s refStep, \
+                                                     Zan32s* pResult, Zan32s mcType) {                             \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                             \
+        if (static_cast<Zan32u>(mcType) < 4) [[likely]] {                                                          \
+            *pResult = sad::core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                                 \
+            return zanStsOk;                                                                                       \
+        }                                                                                                          \
+        return sad::table[mcType >> 2](pCur, curStep, pRef, refStep, pResult);                                     \
     }
-ZAN_SAD_POSITION(zaniSAD16x16_8u32s, Zan8u, kSad16x16)
-ZAN_SAD_POSITION(zaniSAD16x8_8u32s_C1R, Zan8u, kSad16x8)
-ZAN_SAD_POSITION(zaniSAD8x8_8u32s_C1R, Zan8u, kSad8x8)
-ZAN_SAD_POSITION(zaniSAD16x16_16u32s_C1R, Zan16u, kSad16x16_16u)
-ZAN_SAD_POSITION(zaniSAD8x8_16u32s_C1R, Zan16u, kSad8x8_16u)
-ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u)
+ZAN_SAD_POSITION(zaniSAD16x16_8u32s, Zan8u, kSad16x16, sad8_core, 16, 16)
+ZAN_SAD_POSITION(zaniSAD16x8_8u32s_C1R, Zan8u, kSad16x8, sad8_core, 16, 8)
+ZAN_SAD_POSITION(zaniSAD8x8_8u32s_C1R, Zan8u, kSad8x8, sad8_core, 8, 8)
+ZAN_SAD_POSITION(zaniSAD16x16_16u32s_C1R, Zan16u, kSad16x16_16u, sad16_core, 16, 16)
+ZAN_SAD_POSITION(zaniSAD8x8_16u32s_C1R, Zan16u, kSad8x8_16u, sad16_core, 8, 8)
+ZAN_SAD_POSITION(zaniSAD4x4_16u32s_C1R, Zan16u, kSad4x4_16u, sad16_core, 4, 4)
 #undef ZAN_SAD_POSITION
 
 // The four forms without mcType carry their kernel inline (built with the
 // kernels' own options, so that it can be inlined): checks, then the block.
-#define ZAN_SAD_PLAIN(name, W, H)                                                                           \
-    ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep, \
-                                      Zan32s* pResult) {                                                    \
-        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                      \
-        *pResult = sad::sad8_core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                         \
-        return zanStsOk;                                                                                    \
+#define ZAN_SAD_PLAIN(name, W, H)                                                                          \
+    ZAN_BODY_ALIGN ZAN_ROW_ADDRESSING ZanStatus name(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, \
+                                                     Zan32s refStep, Zan32s* pResult) {                    \
+        ZAN_SAD_NULL(pCur); ZAN_SAD_NULL(pRef); ZAN_SAD_NULL(pResult);                                     \
+        *pResult = sad::sad8_core<W, H, sad::kPlain>(pCur, curStep, pRef, refStep);                        \
+        return zanStsOk;                                                                                   \
     }
 ZAN_SAD_PLAIN(zaniSAD8x16_8u32s_C1R, 8, 16)
 ZAN_SAD_PLAIN(zaniSAD8x4_8u32s_C1R, 8, 4)
 ZAN_SAD_PLAIN(zaniSAD4x8_8u32s_C1R, 4, 8)
 ZAN_SAD_PLAIN(zaniSAD4x4_8u32s, 4, 4)
 #undef ZAN_SAD_PLAIN
+#undef ZAN_BODY_ALIGN
 
 ZanStatus zaniSAD8x8_8u32s_C2R(const Zan8u* pCur, Zan32s curStep, const Zan8u* pRef, Zan32s refStep,
                                Zan32s* pResultU, Zan32s* pResultV, Zan32s mcType) {

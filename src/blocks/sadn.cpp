@@ -86,7 +86,7 @@ inline __m128i absdiff_u8(__m128i a, __m128i b) { return _mm_or_si128(_mm_subs_e
 
 // Eight psadbw sums, each with its two partial sums (below 32768) in 16-bit
 // lanes 0 and 4, to eight 16-bit totals: candidate k in lane k.
-inline __m128i pack_sads(const __m128i (&acc)[8]) {
+inline __attribute__((always_inline)) __m128i pack_sads(const __m128i (&acc)[8]) {
     __m128i a = _mm_or_si128(_mm_or_si128(acc[0], _mm_slli_epi64(acc[1], 16)),
                              _mm_or_si128(_mm_slli_epi64(acc[2], 32), _mm_slli_epi64(acc[3], 48)));
     __m128i b = _mm_or_si128(_mm_or_si128(acc[4], _mm_slli_epi64(acc[5], 16)),
@@ -138,7 +138,7 @@ struct Current {
 // 2x2: rows 0 and 1 interleaved byte by byte put one column in each 16-bit
 // lane; candidate k compares columns k and k + 1 with the two current
 // columns, and the four byte differences add up in lane k.
-inline __m128i pass2x2(const Current<2>& cur, const Zan8u* r, Zan32s rs) {
+inline __attribute__((always_inline)) __m128i pass2x2(const Current<2>& cur, const Zan8u* r, Zan32s rs) {
     const Zan8u* r1 = row(r, rs, 1);
     __m128i d0 = absdiff_u8(_mm_unpacklo_epi8(load8(r), load8(r1)), cur.v[0]);          // columns 0..7
     __m128i d1 = absdiff_u8(_mm_unpacklo_epi8(load8(r + 1), load8(r1 + 1)), cur.v[1]);  // columns 1..8
@@ -151,7 +151,7 @@ inline __m128i pass2x2(const Current<2>& cur, const Zan8u* r, Zan32s rs) {
 // 0..10.  Interleaving the four rows gives a stream of 4-byte columns;
 // candidate k is the 16 bytes from column k on.
 template <bool Ssse3, class RowV>
-inline __m128i pass4x4(const Current<4>& cur, RowV rowv) {
+inline __attribute__((always_inline)) __m128i pass4x4(const Current<4>& cur, RowV rowv) {
     __m128i v0 = rowv(0), v1 = rowv(1), v2 = rowv(2), v3 = rowv(3);
     __m128i l01 = _mm_unpacklo_epi8(v0, v1), l23 = _mm_unpacklo_epi8(v2, v3);
     __m128i t0 = _mm_unpacklo_epi16(l01, l23);  // columns 0..3
@@ -164,7 +164,7 @@ inline __m128i pass4x4(const Current<4>& cur, RowV rowv) {
 
 // 8x8, any alignment: candidate k of rows 2j and 2j + 1 as one movq and one
 // movhps, against the current row pair laid out the same way.
-inline __m128i pass8x8(const Current<8>& cur, const Zan8u* r, Zan32s rs) {
+inline __attribute__((always_inline)) __m128i pass8x8(const Current<8>& cur, const Zan8u* r, Zan32s rs) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
     for (int j = 0; j < 4; ++j) {
@@ -180,7 +180,7 @@ inline __m128i pass8x8(const Current<8>& cur, const Zan8u* r, Zan32s rs) {
 // bytes 0..14.  Two rows interleaved give a stream of 2-byte columns;
 // candidate k is the 16 bytes from column k on.
 template <class RowV>
-inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
+inline __attribute__((always_inline)) __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
     const __m128i zero = _mm_setzero_si128();
     __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
     for (int j = 0; j < 4; ++j) {
@@ -197,13 +197,18 @@ inline __m128i pass8x8_a(const Current<8>& cur, RowV rowv) {
 
 // 16x16: one load of each current row against the eight candidates of the
 // reference row; cands(y) gives, for reference row y of the pass, a function
-// of the compile-time k that forms candidate k.
+// of the compile-time k that forms candidate k.  The first row's sums start
+// the eight totals.
 template <class Cands>
-inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
-    const __m128i zero = _mm_setzero_si128();
-    __m128i acc[8] = {zero, zero, zero, zero, zero, zero, zero, zero};
-#pragma GCC unroll 4
-    for (Zan32s y = 0; y < 16; ++y) {
+inline __attribute__((always_inline)) __m128i pass16x16(const Current<16>& cur, Cands cands) {
+    __m128i acc[8];
+    {
+        __m128i c = load16(cur.p);
+        auto candidate = cands(0);
+        unroll<8>([&](auto k) { acc[k] = _mm_sad_epu8(candidate(k), c); });
+    }
+#pragma GCC unroll 5
+    for (Zan32s y = 1; y < 16; ++y) {
         __m128i c = load16(row(cur.p, cur.step, y));
         auto candidate = cands(y);
         unroll<8>([&](auto k) { acc[k] = _mm_add_epi64(acc[k], _mm_sad_epu8(candidate(k), c)); });
@@ -212,7 +217,7 @@ inline __m128i pass16x16(const Current<16>& cur, Cands cands) {
 }
 
 // Any alignment: eight unaligned loads of the reference row.
-inline __m128i pass16x16_u(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
+inline __attribute__((always_inline)) __m128i pass16x16_u(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
     return pass16x16(cur, [&](Zan32s y) {
         const Zan8u* p = row(r, rs, y);
         return [p](auto k) { return load16(p + decltype(k)::value); };
@@ -223,7 +228,7 @@ inline __m128i pass16x16_u(const Current<16>& cur, const Zan8u* r, Zan32s rs) {
 // candidate k is bytes P + k .. P + k + 15, which reach a third unit when
 // P >= 10.
 template <int P>
-inline __m128i pass16x16_a(const Current<16>& cur, const Zan8u* base, Zan32s rs) {
+inline __attribute__((always_inline)) __m128i pass16x16_a(const Current<16>& cur, const Zan8u* base, Zan32s rs) {
     return pass16x16(cur, [&](Zan32s y) {
         const Zan8u* u = row(base, rs, y);
         __m128i u0 = load16a(u), u1 = load16a(u + 16);
@@ -240,9 +245,10 @@ inline __m128i aligned_row(const Zan8u* u) {
     return cat<P, true>(load16a(u), u1);
 }
 
-// One pass of eight candidates starting at r, any alignment.
+// One pass of eight candidates starting at r, any alignment.  Every pass is
+// inlined into its kernel (a call per pass cost about 8% on 8x8 rows).
 template <int B>
-inline __m128i pass_u(const Current<B>& cur, const Zan8u* r, Zan32s rs) {
+inline __attribute__((always_inline)) __m128i pass_u(const Current<B>& cur, const Zan8u* r, Zan32s rs) {
     if constexpr (B == 2) {
         return pass2x2(cur, r, rs);
     } else if constexpr (B == 4) {
@@ -260,7 +266,7 @@ inline __m128i pass_u(const Current<B>& cur, const Zan8u* r, Zan32s rs) {
 
 // One pass of eight candidates starting P bytes into the aligned unit at base.
 template <int B, int P>
-inline __m128i pass_a(const Current<B>& cur, const Zan8u* base, Zan32s rs) {
+inline __attribute__((always_inline)) __m128i pass_a(const Current<B>& cur, const Zan8u* base, Zan32s rs) {
     constexpr int last = P + 7 + B - 1;  // the last byte the pass needs, from base
     if constexpr (B == 4)
         return pass4x4<true>(cur, [&](int y) { return aligned_row<P, last>(row(base, rs, y)); });
