@@ -156,6 +156,7 @@ inline __m128i sums_sse2(__m128i a, __m128i b, __m128i c, __m128i d) {
 
 template <int K>
 inline __m128i tap(__m128i line) {
+    if constexpr (K == 0) return _mm_unpacklo_epi8(line, _mm_setzero_si128());
     return _mm_unpacklo_epi8(_mm_srli_si128(line, K), _mm_setzero_si128());
 }
 
