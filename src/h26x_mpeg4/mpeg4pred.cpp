@@ -81,7 +81,7 @@ void sum_obmc_rule(const Zan8u* cur, const Zan8u* leftRight, const Zan8u* aboveB
 
 // ================================================================ kernels
 
-// The vector copies work in three steps, each specialised at compile time for
+// The vector copies work in three steps, each instantiated at compile time for
 // one (fx, fy) and chosen through a table indexed by acc, so that no loop
 // branches on a fraction:
 //   1. every source row needed (M + 1 of them when fy is non-zero, else M) is
