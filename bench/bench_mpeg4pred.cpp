@@ -1,5 +1,6 @@
-// MPEG-4 prediction tools: each quarter-sample copy kernel beside its rule at
-// a few positions (acc 1 quarter in x, 2 half in x, 5 quarter in both, 10
+// MPEG-4 prediction tools: each quarter-sample copy kernel (the path's own
+// form under the plain name, the other form, SSE2 or SSSE3, with its suffix)
+// beside its rule at a few positions (acc 1 quarter in x, 2 half in x, 5 quarter in both, 10
 // half in both, 15 three quarters in both), the OBMC mixing kernels, and the
 // exported OBMC calls (all neighbours distinct, and all equal to the current
 // vector), the warp kernel on a 16x16 macroblock and an 8x8 chroma block
@@ -23,6 +24,8 @@ constexpr Zan32s kAccs[] = {1, 2, 5, 10, 15};
 void add_copies(const char* path, KernelList<CopyQPFn> list, bool rule) {
     for (const auto& e : list)
         for (Zan32s acc : kAccs) {
+            // The second form shares its rule with the first.
+            if (rule && std::string(e.name).find(':') != std::string::npos) continue;
             const CopyQPFn fn = rule ? e.rule : e.simd;
             bench::add(std::string("mpeg4pred/") + e.name + "/acc" + std::to_string(acc) + "/" + path,
                        [=](benchmark::State& s) {

@@ -19,6 +19,7 @@
 #include "h26x_mpeg4/mpeg4pred.h"
 
 #include <cstring>
+#include <utility>
 
 #include "blocks/mc.h"
 #include "common/simd.h"
@@ -80,21 +81,100 @@ void sum_obmc_rule(const Zan8u* cur, const Zan8u* leftRight, const Zan8u* aboveB
 
 // ================================================================ kernels
 
-// Eight half-sample values from taps p[0], p[step], ..., p[7 * step] (eight
-// bytes each), as 16-bit lanes clamped to 0..255 and packed to bytes.
-inline __m128i filter8(const Zan8u* p, ptrdiff_t step, __m128i bias) {
-    const __m128i z = _mm_setzero_si128();
-    auto tap = [&](int k) { return _mm_unpacklo_epi8(simd::load8(p + k * step), z); };
-    __m128i a = _mm_add_epi16(tap(3), tap(4));
-    __m128i b = _mm_add_epi16(tap(2), tap(5));
-    __m128i c = _mm_add_epi16(tap(1), tap(6));
-    __m128i d = _mm_add_epi16(tap(0), tap(7));
+// The vector copies work in three steps, each instantiated at compile time for
+// one (fx, fy) and chosen through a table indexed by acc, so that no loop
+// branches on a fraction:
+//   1. every source row needed (M + 1 of them when fy is non-zero, else M) is
+//      interpolated horizontally by fx, sixteen (or eight) outputs per step,
+//      into the rows of a small buffer (or straight to the destination when
+//      fy is 0);
+//   2. the buffer's three rows above and below are filled with the mirrored
+//      rows;
+//   3. strips of eight columns are interpolated vertically by fy, with the
+//      eight rows that one output row needs kept in registers and advanced
+//      by one row per output row.
+// The SSSE3 form builds the mirrored taps of a row with pshufb and sums them
+// in byte pairs with pmaddubsw (weights (-1, 3), (-6, 20), (20, -6), (3, -1));
+// vertically the pairs are two interleaved rows.  The SSE2 form builds the
+// mirrored row in a register with byte shifts and works in 16-bit lanes with
+// pmullw.  The sums stay within 16 bits: at most 46 * 255 above 0 and 14 *
+// 255 below.
+
+// Tap-pair weights of the eight-tap filter, as pmaddubsw takes them.
+constexpr signed char kPairWeight[4][2] = {{-1, 3}, {-6, 20}, {20, -6}, {3, -1}};
+
+inline __m128i pair_weights(int j) {
+    return _mm_set1_epi16(static_cast<short>((kPairWeight[j][1] << 8) | (kPairWeight[j][0] & 0xff)));
+}
+
+struct alignas(16) Mask16 {
+    Zan8u b[16];
+};
+struct PairMasks {
+    Mask16 m[4];
+};
+
+// Byte-pair shuffle masks of eight horizontal outputs.  Layout 0: outputs
+// 0..7 of a 16-wide row held as s[0..15]; layout 1: outputs 8..15 of a
+// 16-wide row held as s[1..16]; layout 2: an 8-wide row held as s[0..7],
+// s[1..8].  Pair j of output i holds the mirrored taps i - 3 + 2j and
+// i - 2 + 2j.
+constexpr PairMasks make_masks(int layout) {
+    PairMasks t{};
+    const int n = layout == 2 ? 8 : 16;
+    for (int j = 0; j < 4; ++j)
+        for (int i = 0; i < 8; ++i)
+            for (int e = 0; e < 2; ++e) {
+                const int out = layout == 1 ? i + 8 : i;
+                const int m = mirror(out - 3 + 2 * j + e, n);
+                const int idx = layout == 0 ? m : (layout == 1 ? m - 1 : (m < 8 ? m : 15));
+                t.m[j].b[2 * i + e] = static_cast<Zan8u>(idx);
+            }
+    return t;
+}
+alignas(16) constexpr PairMasks kMasks16Lo = make_masks(0);
+alignas(16) constexpr PairMasks kMasks16Hi = make_masks(1);
+alignas(16) constexpr PairMasks kMasks8 = make_masks(2);
+
+// Filter sums of eight outputs (16-bit, before rounding) from a register
+// that holds the row in one of the layouts above.
+inline __m128i taps_ssse3(__m128i line, const PairMasks& mk) {
+    auto pair = [&](int j) {
+        return _mm_maddubs_epi16(_mm_shuffle_epi8(line, simd::load16a(mk.m[j].b)), pair_weights(j));
+    };
+    return _mm_add_epi16(_mm_add_epi16(pair(0), pair(1)), _mm_add_epi16(pair(2), pair(3)));
+}
+
+// Filter sums of eight outputs from the 16-bit taps a .. d: a = t3 + t4,
+// b = t2 + t5, c = t1 + t6, d = t0 + t7.
+inline __m128i sums_sse2(__m128i a, __m128i b, __m128i c, __m128i d) {
     __m128i v = _mm_mullo_epi16(a, _mm_set1_epi16(20));
     v = _mm_sub_epi16(v, _mm_mullo_epi16(b, _mm_set1_epi16(6)));
     v = _mm_add_epi16(v, _mm_mullo_epi16(c, _mm_set1_epi16(3)));
-    v = _mm_sub_epi16(v, d);
-    v = _mm_srai_epi16(_mm_add_epi16(v, bias), 5);
-    return _mm_packus_epi16(v, v);
+    return _mm_sub_epi16(v, d);
+}
+
+template <int K>
+inline __m128i tap(__m128i line) {
+    if constexpr (K == 0) return _mm_unpacklo_epi8(line, _mm_setzero_si128());
+    return _mm_unpacklo_epi8(_mm_srli_si128(line, K), _mm_setzero_si128());
+}
+
+// Filter sums of the eight outputs whose taps are bytes 0..14 of line.
+inline __m128i taps_sse2(__m128i line) {
+    return sums_sse2(_mm_add_epi16(tap<3>(line), tap<4>(line)), _mm_add_epi16(tap<2>(line), tap<5>(line)),
+                     _mm_add_epi16(tap<1>(line), tap<6>(line)), _mm_add_epi16(tap<0>(line), tap<7>(line)));
+}
+
+inline Zan32u load_u32(const Zan8u* p) {
+    Zan32u v;
+    std::memcpy(&v, p, 4);
+    return v;
+}
+
+// Rounded, shifted and saturated bytes of two groups of eight sums.
+inline __m128i round_pack(__m128i lo, __m128i hi, __m128i bias) {
+    return _mm_packus_epi16(_mm_srai_epi16(_mm_add_epi16(lo, bias), 5), _mm_srai_epi16(_mm_add_epi16(hi, bias), 5));
 }
 
 // (a + b + 1 - r) >> 1 on bytes; odd holds 1 in each byte when r is 1, else 0.
@@ -102,54 +182,151 @@ inline __m128i average(__m128i a, __m128i b, __m128i odd) {
     return _mm_sub_epi8(_mm_avg_epu8(a, b), _mm_and_si128(_mm_xor_si128(a, b), odd));
 }
 
-// Quarter values of eight outputs from a laid-out line: p points at the
-// mirrored sample of index i - 3, step between taps.
-inline __m128i quarter8(const Zan8u* p, ptrdiff_t step, Zan32s f, __m128i bias, __m128i odd) {
-    if (f == 0) return simd::load8(p + 3 * step);
-    __m128i h = filter8(p, step, bias);
-    if (f == 2) return h;
-    return average(h, simd::load8(p + (f == 1 ? 3 : 4) * step), odd);
+// The quarter value at fraction F from the half-sample values h and the
+// samples at (s0) and after (s1) each position.
+template <int F>
+inline __m128i quarter(__m128i h, __m128i s0, __m128i s1, __m128i odd) {
+    if constexpr (F == 1) return average(h, s0, odd);
+    if constexpr (F == 2) return h;
+    if constexpr (F == 3) return average(h, s1, odd);
+    return s0;
 }
 
-template <int N, int M>
-void copy_qp_sse2(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc, Zan32s rounding) {
-    const Zan32s fx = acc & 3, fy = (acc >> 2) & 3, r = rounding & 1;
-    const __m128i bias = _mm_set1_epi16(static_cast<short>(16 - r));
-    const __m128i odd = _mm_set1_epi8(static_cast<char>(r));
-    const Zan32s rows = fy ? M + 1 : M;
-    // The horizontal results, rows -3..M+4 (mirrored), N bytes each.
-    alignas(16) Zan8u t[M + 8][N];
-    alignas(16) Zan8u line[N + 16];
-    for (Zan32s y = 0; y < rows; ++y) {
-        const Zan8u* s = simd::row(pSrc, srcStep, y);
-        Zan8u* o = t[y + 3];
-        if (fx == 0) {
-            std::memcpy(o, s, N);
-            continue;
+// Horizontal quarter values of one source row s (the row's N + 1 samples):
+// N bytes in the low N bytes of the result.
+template <bool X, int N, int FX>
+inline __m128i row_h(const Zan8u* s, __m128i bias, __m128i odd) {
+    if constexpr (N == 16) {
+        const __m128i a = simd::load16(s);
+        if constexpr (FX == 0) return a;
+        const __m128i b = simd::load16(s + 1);
+        __m128i h;
+        if constexpr (X) {
+            h = round_pack(taps_ssse3(a, kMasks16Lo), taps_ssse3(b, kMasks16Hi), bias);
+        } else {
+            // s[-3..12] and s[5..19], mirrored.
+            const __m128i lo = _mm_or_si128(_mm_slli_si128(a, 3),
+                                            _mm_cvtsi32_si128(static_cast<int>(__builtin_bswap32(load_u32(s)) >> 8)));
+            const __m128i hi = _mm_or_si128(
+                _mm_srli_si128(b, 4),
+                _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int>(__builtin_bswap32(load_u32(s + 13)))), 12));
+            h = round_pack(taps_sse2(lo), taps_sse2(hi), bias);
         }
-        std::memcpy(line + 3, s, N + 1);
-        line[0] = s[2];
-        line[1] = s[1];
-        line[2] = s[0];
-        line[N + 4] = s[N];
-        line[N + 5] = s[N - 1];
-        line[N + 6] = s[N - 2];
-        line[N + 7] = 0;
-        for (Zan32s x = 0; x < N; x += 8) simd::store8(o + x, quarter8(line + x, 1, fx, bias, odd));
-    }
-    if (fy == 0) {
-        for (Zan32s y = 0; y < M; ++y) std::memcpy(simd::row(pDst, dstStep, y), t[y + 3], N);
-        return;
-    }
-    for (Zan32s k = 0; k < 3; ++k) {
-        std::memcpy(t[2 - k], t[3 + k], N);
-        std::memcpy(t[M + 4 + k], t[M + 3 - k], N);
-    }
-    for (Zan32s y = 0; y < M; ++y) {
-        Zan8u* d = simd::row(pDst, dstStep, y);
-        for (Zan32s x = 0; x < N; x += 8) simd::store8(d + x, quarter8(&t[y][x], N, fy, bias, odd));
+        return quarter<FX>(h, a, b, odd);
+    } else {
+        const __m128i a = simd::load8(s);
+        if constexpr (FX == 0) return a;
+        const __m128i b = simd::load8(s + 1);
+        __m128i v;
+        if constexpr (X) {
+            v = taps_ssse3(_mm_unpacklo_epi64(a, b), kMasks8);
+        } else {
+            // s[-3..11], mirrored: s2 s1 s0 s0..s8 s8 s7 s6.
+            const Zan32u t = __builtin_bswap32(load_u32(s + 5));
+            const __m128i line =
+                _mm_or_si128(_mm_or_si128(_mm_slli_si128(a, 3), _mm_cvtsi32_si128(static_cast<int>(
+                                                                    __builtin_bswap32(load_u32(s)) >> 8))),
+                             _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int>((t << 8) | (t & 0xff))), 11));
+            v = taps_sse2(line);
+        }
+        return quarter<FX>(round_pack(v, v, bias), a, b, odd);
     }
 }
+
+template <int N>
+inline void store_row(Zan8u* d, __m128i v) {
+    if constexpr (N == 16)
+        simd::store16(d, v);
+    else
+        simd::store8(d, v);
+}
+
+// Vertical quarter values of the eight columns at c of the horizontal
+// results: row k (-3 .. M + 3, mirrored) at c + (k + 3) * N.
+template <bool X, int N, int M, int FY>
+inline void strip_v(const Zan8u* c, Zan8u* d, Zan32s dstStep, __m128i bias, __m128i odd) {
+    auto R = [&](int k) { return simd::load8(c + (k + 3) * N); };
+    if constexpr (X) {
+        // p[j] interleaves rows y - 3 + j and y - 2 + j.
+        const __m128i w0 = pair_weights(0), w1 = pair_weights(1), w2 = pair_weights(2), w3 = pair_weights(3);
+        __m128i r = R(-3), p0, p1, p2, p3, p4, p5, p6;
+        auto next = [&](int k) {
+            const __m128i n = R(k + 1);
+            const __m128i p = _mm_unpacklo_epi8(r, n);
+            r = n;
+            return p;
+        };
+        p0 = next(-3), p1 = next(-2), p2 = next(-1), p3 = next(0), p4 = next(1), p5 = next(2);
+        for (int y = 0; y < M; ++y) {
+            p6 = next(y + 3);
+            const __m128i v = _mm_add_epi16(_mm_add_epi16(_mm_maddubs_epi16(p0, w0), _mm_maddubs_epi16(p2, w1)),
+                                            _mm_add_epi16(_mm_maddubs_epi16(p4, w2), _mm_maddubs_epi16(p6, w3)));
+            __m128i h = round_pack(v, v, bias);
+            if constexpr (FY == 1) h = average(h, R(y), odd);
+            if constexpr (FY == 3) h = average(h, R(y + 1), odd);
+            simd::store8(simd::row(d, dstStep, y), h);
+            p0 = p1, p1 = p2, p2 = p3, p3 = p4, p4 = p5, p5 = p6;
+        }
+    } else {
+        const __m128i z = _mm_setzero_si128();
+        auto U = [&](int k) { return _mm_unpacklo_epi8(R(k), z); };
+        __m128i r0 = U(-3), r1 = U(-2), r2 = U(-1), r3 = U(0), r4 = U(1), r5 = U(2), r6 = U(3), r7;
+        for (int y = 0; y < M; ++y) {
+            r7 = U(y + 4);
+            const __m128i v = sums_sse2(_mm_add_epi16(r3, r4), _mm_add_epi16(r2, r5), _mm_add_epi16(r1, r6),
+                                        _mm_add_epi16(r0, r7));
+            __m128i h = round_pack(v, v, bias);
+            if constexpr (FY == 1) h = average(h, _mm_packus_epi16(r3, r3), odd);
+            if constexpr (FY == 3) h = average(h, _mm_packus_epi16(r4, r4), odd);
+            simd::store8(simd::row(d, dstStep, y), h);
+            r0 = r1, r1 = r2, r2 = r3, r3 = r4, r4 = r5, r5 = r6, r6 = r7;
+        }
+    }
+}
+
+// The copy at one position (FX, FY); X selects the SSSE3 form.
+template <bool X, int N, int M, int FX, int FY>
+void copy_qp_at(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s, Zan32s rounding) {
+    const Zan32s r = rounding & 1;
+    const __m128i bias = _mm_set1_epi16(static_cast<short>(16 - r));
+    const __m128i odd = _mm_set1_epi8(static_cast<char>(r));
+    if constexpr (FY == 0) {
+        for (Zan32s y = 0; y < M; ++y)
+            store_row<N>(simd::row(pDst, dstStep, y), row_h<X, N, FX>(simd::row(pSrc, srcStep, y), bias, odd));
+    } else {
+        // Rows -3 .. M + 3 of the horizontal results.
+        alignas(16) Zan8u t[M + 7][N];
+        for (Zan32s y = 0; y <= M; ++y)
+            store_row<N>(t[y + 3], row_h<X, N, FX>(simd::row(pSrc, srcStep, y), bias, odd));
+        for (Zan32s k = 0; k < 3; ++k) {
+            if constexpr (N == 16) {
+                simd::store16(t[2 - k], simd::load16a(t[3 + k]));
+                simd::store16(t[M + 4 + k], simd::load16a(t[M + 3 - k]));
+            } else {
+                simd::store8(t[2 - k], simd::load8(t[3 + k]));
+                simd::store8(t[M + 4 + k], simd::load8(t[M + 3 - k]));
+            }
+        }
+        for (Zan32s x = 0; x < N; x += 8) strip_v<X, N, M, FY>(&t[0][x], pDst + x, dstStep, bias, odd);
+    }
+}
+
+template <bool X, int N, int M, int... A>
+constexpr std::array<CopyQPFn, 16> make_copy_table(std::integer_sequence<int, A...>) {
+    return {copy_qp_at<X, N, M, (A & 3), (A >> 2)>...};
+}
+// Every position's copy, indexed by acc.
+template <bool X, int N, int M>
+constexpr std::array<CopyQPFn, 16> kCopyQP = make_copy_table<X, N, M>(std::make_integer_sequence<int, 16>{});
+
+template <bool X, int N, int M>
+void copy_qp_vec(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep, Zan32s acc, Zan32s rounding) {
+    kCopyQP<X, N, M>[acc & 15](pSrc, srcStep, pDst, dstStep, acc, rounding);
+}
+
+// The u8 path takes the SSSE3 form, the n8 path (in-order processors, where
+// pshufb and pmaddubsw are slow) the SSE2 form.
+constexpr bool kPathSsse3 = !ZAN_PATH_IS_N8;
 
 template <int N>
 void sum_obmc_sse2(const Zan8u* cur, const Zan8u* leftRight, const Zan8u* aboveBelow, Zan8u* pDst, Zan32s dstStep) {
@@ -175,10 +352,17 @@ void sum_obmc_sse2(const Zan8u* cur, const Zan8u* leftRight, const Zan8u* aboveB
 
 // ============================================================== catalogue
 
+// The path's own form first, under the plain names, then the other form,
+// so that the checker covers both in either build.
 constexpr KernelPair<CopyQPFn> kCopyQPPairs[] = {
-    {"Copy8x8QP", copy_qp_rule<8, 8>, copy_qp_sse2<8, 8>, 8, 8, 0},
-    {"Copy16x8QP", copy_qp_rule<16, 8>, copy_qp_sse2<16, 8>, 16, 8, 0},
-    {"Copy16x16QP", copy_qp_rule<16, 16>, copy_qp_sse2<16, 16>, 16, 16, 0},
+    {"Copy8x8QP", copy_qp_rule<8, 8>, copy_qp_vec<kPathSsse3, 8, 8>, 8, 8, 0},
+    {"Copy16x8QP", copy_qp_rule<16, 8>, copy_qp_vec<kPathSsse3, 16, 8>, 16, 8, 0},
+    {"Copy16x16QP", copy_qp_rule<16, 16>, copy_qp_vec<kPathSsse3, 16, 16>, 16, 16, 0},
+    {kPathSsse3 ? "Copy8x8QP:sse2" : "Copy8x8QP:ssse3", copy_qp_rule<8, 8>, copy_qp_vec<!kPathSsse3, 8, 8>, 8, 8, 0},
+    {kPathSsse3 ? "Copy16x8QP:sse2" : "Copy16x8QP:ssse3", copy_qp_rule<16, 8>, copy_qp_vec<!kPathSsse3, 16, 8>, 16,
+     8, 0},
+    {kPathSsse3 ? "Copy16x16QP:sse2" : "Copy16x16QP:ssse3", copy_qp_rule<16, 16>, copy_qp_vec<!kPathSsse3, 16, 16>,
+     16, 16, 0},
 };
 constexpr KernelPair<SumOBMCFn> kSumOBMCPairs[] = {
     {"SumPredictOBMC8x8", sum_obmc_rule<8>, sum_obmc_sse2<8>, 8, 8, 0},
@@ -195,7 +379,7 @@ ZanStatus copy_qp(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s dstStep
     if (acc == 0)
         plain[0](pSrc, srcStep, pDst, dstStep);
     else
-        copy_qp_sse2<N, M>(pSrc, srcStep, pDst, dstStep, acc, rounding & 1);
+        kCopyQP<kPathSsse3, N, M>[acc](pSrc, srcStep, pDst, dstStep, acc, rounding & 1);
     return zanStsOk;
 }
 
@@ -236,7 +420,7 @@ void predict_qp(const Zan8u* pSrc, Zan32s srcStep, const Zan16s* mv, Zan32s roun
     if (acc == 0)
         mc::kCopy8x8HP[0](s, srcStep, out, 8);
     else
-        copy_qp_sse2<8, 8>(s, srcStep, out, 8, acc, rounding & 1);
+        kCopyQP<kPathSsse3, 8, 8>[acc](s, srcStep, out, 8, acc, rounding & 1);
 }
 
 template <int N, bool QP>

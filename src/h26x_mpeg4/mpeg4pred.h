@@ -81,8 +81,10 @@ using WarpFn = void (*)(const Zan8u* pSrc, Zan32s srcStep, Zan8u* pDst, Zan32s d
 // (-123 .. 17900 for the accepted changes).
 using BrightnessFn = void (*)(Zan8u* pSrcDst, Zan32s step, Zan32s width, Zan32s height, Zan32s W);
 
-// Catalogue.  copyQP: width x height blocks, param unused (every acc 1..15
-// and both roundings are drawn).  sumOBMC: width 8 or 16.  warp: the affine
+// Catalogue.  copyQP: width x height blocks, param unused (every acc 0..15
+// and both roundings are drawn); the path's own form (SSSE3 for u8, SSE2 for
+// n8) under the plain names, then the other form with a ":sse2" or ":ssse3"
+// suffix.  sumOBMC: width 8 or 16.  warp: the affine
 // warp of a plane, width and height the largest rectangle drawn, param
 // unused.  brightness: width and height the largest region drawn.
 struct Kernels {

@@ -1,5 +1,6 @@
 // Every MPEG-4 prediction kernel against its scalar rule: each quarter-sample
-// copy at every position 1..15 with both roundings, the OBMC mixing of both
+// copy (both the SSSE3 and the SSE2 form, in either build) at every position
+// 0..15 with both roundings and every source alignment, the OBMC mixing of both
 // sizes, the affine warp of a plane (translations, zooms, rotations, shears,
 // positions far outside the reference, every accuracy and shift, rectangles
 // narrower than the kernel's eight-sample step) and the brightness gain; random sources, sources at the extremes 0 and 255, every alignment
@@ -59,6 +60,35 @@ TEST(CheckMpeg4pred, CopyQuarterSample) {
             ASSERT_TRUE(a.same_as(b)) << "acc " << acc << " rounding " << rounding << " draw " << d << " seed "
                                       << seed();
         }
+    }
+}
+
+// Every position 0..15 with both roundings at every source alignment, each
+// with a tight, an odd, a wide and a negative step in turn; the sources
+// alternate between random bytes and random 0/255 (which reaches the largest
+// and smallest filter sums).
+TEST(CheckMpeg4pred, CopyQuarterSampleEveryPosition) {
+    Rng rng(0x51C0);
+    for (const auto& k : kernels().copyQP) {
+        SCOPED_TRACE(k.name);
+        const auto srcSteps = steps_for(k.width + 1);
+        const auto dstSteps = steps_for(k.width);
+        int d = 0;
+        for (Zan32s acc = 0; acc < 16; ++acc)
+            for (Zan32s rounding = 0; rounding < 2; ++rounding)
+                for (Zan32s align = 0; align < 16; ++align, ++d) {
+                    Region src(k.width + 1, k.height + 1, pick(srcSteps, d), align);
+                    fill_source(src, rng, d % 2 ? 4 : 0);
+                    const Zan32s ds = pick(dstSteps, d / 2), da = (align * 5) % 16;
+                    Region a(k.width, k.height, ds, da), b(k.width, k.height, ds, da);
+                    const Zan8u guard = static_cast<Zan8u>(rng.below(256));
+                    a.set(guard);
+                    b.set(guard);
+                    k.rule(src.origin(), src.step(), a.origin(), a.step(), acc, rounding);
+                    k.simd(src.origin(), src.step(), b.origin(), b.step(), acc, rounding);
+                    ASSERT_TRUE(a.same_as(b)) << "acc " << acc << " rounding " << rounding << " align " << align
+                                              << " seed " << seed();
+                }
     }
 }
 
