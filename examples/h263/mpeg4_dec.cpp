@@ -15,6 +15,7 @@
 // a message): shapes, interlace, sprites/GMC, scalability, complexity
 // estimation headers, NEWPRED, reduced resolution, OBMC.
 #include "mpeg4_dec.h"
+#include "h263_codes.h"
 
 #include <zanvc.h>
 
@@ -24,6 +25,7 @@
 #include <cstring>
 #include <algorithm>
 #include <string>
+#include <span>
 #include <vector>
 
 namespace m4 {
@@ -70,11 +72,11 @@ struct Bits {
 };
 
 // ------------------------------------------------------------ code tables
-struct Code {
-    int value;
-    uint32_t code;
-    int len;
-};
+using Code = h263codes::VlcCode;
+using h263codes::kCbpy;
+using h263codes::kMcbpcInter;
+using h263codes::kMcbpcIntra;
+using h263codes::kMvd;
 
 // A direct look-up of a prefix code: one peek of `bits` bits.
 struct Lut {
@@ -82,11 +84,13 @@ struct Lut {
     std::vector<std::int16_t> val;
     std::vector<uint8_t> len;
     template <size_t N>
-    void build(const Code (&c)[N], int b) {
+    void build(const Code (&c)[N], int b) { build(c, N, b); }
+    // The first n codes of c.
+    void build(const Code* c, size_t n, int b) {
         bits = b;
         val.assign(size_t{1} << b, 0);
         len.assign(size_t{1} << b, 0);
-        for (const Code& e : c) {
+        for (const Code& e : std::span<const Code>(c, n)) {
             uint32_t first = e.code << (b - e.len), count = 1u << (b - e.len);
             for (uint32_t i = 0; i < count; ++i) {
                 val[first + i] = static_cast<std::int16_t>(e.value);
@@ -103,36 +107,6 @@ struct Lut {
     }
 };
 
-// MCBPC of I-VOPs: value = mbtype * 4 + cbpc (3 intra, 4 intra with dquant);
-// -1 is stuffing.
-const Code kMcbpcIntra[] = {
-    {3 * 4 + 0, 0x1, 1}, {3 * 4 + 1, 0x1, 3}, {3 * 4 + 2, 0x2, 3}, {3 * 4 + 3, 0x3, 3}, {4 * 4 + 0, 0x1, 4},
-    {4 * 4 + 1, 0x1, 6}, {4 * 4 + 2, 0x2, 6}, {4 * 4 + 3, 0x3, 6}, {-1, 0x1, 9},
-};
-// MCBPC of P-VOPs: mbtype 0 inter, 1 inter with dquant, 2 four vectors, 3
-// intra, 4 intra with dquant; -1 stuffing.
-const Code kMcbpcInter[] = {
-    {0 * 4 + 0, 0x1, 1}, {0 * 4 + 1, 0x3, 4}, {0 * 4 + 2, 0x2, 4}, {0 * 4 + 3, 0x5, 6}, {1 * 4 + 0, 0x3, 3},
-    {1 * 4 + 1, 0x7, 7}, {1 * 4 + 2, 0x6, 7}, {1 * 4 + 3, 0x5, 9}, {2 * 4 + 0, 0x2, 3}, {2 * 4 + 1, 0x5, 7},
-    {2 * 4 + 2, 0x4, 7}, {2 * 4 + 3, 0x5, 8}, {3 * 4 + 0, 0x3, 5}, {3 * 4 + 1, 0x4, 8}, {3 * 4 + 2, 0x3, 8},
-    {3 * 4 + 3, 0x3, 7}, {4 * 4 + 0, 0x4, 6}, {4 * 4 + 1, 0x4, 9}, {4 * 4 + 2, 0x3, 9}, {4 * 4 + 3, 0x2, 9},
-    {-1, 0x1, 9},
-};
-// CBPY as coded for intra macroblocks (inter macroblocks invert it).
-const Code kCbpy[] = {
-    {0, 0x3, 4},  {1, 0x5, 5},  {2, 0x4, 5},  {3, 0x9, 4},  {4, 0x3, 5},  {5, 0x7, 4},
-    {6, 0x2, 6},  {7, 0xb, 4},  {8, 0x2, 5},  {9, 0x3, 6},  {10, 0x5, 4}, {11, 0xa, 4},
-    {12, 0x4, 4}, {13, 0x8, 4}, {14, 0x6, 4}, {15, 0x3, 2},
-};
-// motion_code magnitude 0..32; a sign bit follows a nonzero one.
-const Code kMvd[] = {
-    {0, 0x1, 1},    {1, 0x1, 2},    {2, 0x1, 3},    {3, 0x1, 4},    {4, 0x3, 6},    {5, 0x5, 7},
-    {6, 0x4, 7},    {7, 0x3, 7},    {8, 0xb, 9},    {9, 0xa, 9},    {10, 0x9, 9},   {11, 0x11, 10},
-    {12, 0x10, 10}, {13, 0xf, 10},  {14, 0xe, 10},  {15, 0xd, 10},  {16, 0xc, 10},  {17, 0xb, 10},
-    {18, 0xa, 10},  {19, 0x9, 10},  {20, 0x8, 10},  {21, 0x7, 10},  {22, 0x6, 10},  {23, 0x5, 10},
-    {24, 0x4, 10},  {25, 0x7, 11},  {26, 0x6, 11},  {27, 0x5, 11},  {28, 0x4, 11},  {29, 0x3, 11},
-    {30, 0x2, 11},  {31, 0x3, 12},  {32, 0x2, 12},
-};
 // B-VOP mb_type: 0 direct, 1 interpolated, 2 backward, 3 forward.
 const Code kMbTypeB[] = {{0, 0x1, 1}, {1, 0x1, 2}, {2, 0x1, 3}, {3, 0x1, 4}};
 
@@ -140,7 +114,7 @@ struct Tables {
     Lut mcbpc_i, mcbpc_p, cbpy, mvd, mbtype_b;
     Tables() {
         mcbpc_i.build(kMcbpcIntra, 9);
-        mcbpc_p.build(kMcbpcInter, 9);
+        mcbpc_p.build(kMcbpcInter, h263codes::kMcbpcInterWithoutType5, 9);
         cbpy.build(kCbpy, 6);
         mvd.build(kMvd, 12);
         mbtype_b.build(kMbTypeB, 4);
