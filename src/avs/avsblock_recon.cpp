@@ -8,6 +8,7 @@
 #include "avs/avs_tables.h"
 #include "avs/avsblock.h"
 #include "common/path.h"
+#include "common/simd.h"
 #include "frame/bodies.h"
 
 namespace zan::ZAN_PATH::avsblock {
@@ -108,24 +109,7 @@ inline void pass(const __m128i* in, __m128i* out, __m128i round, int bits) {
     }
 }
 
-inline void transpose8(const __m128i* in, __m128i* out) {
-    const __m128i a0 = _mm_unpacklo_epi16(in[0], in[1]), a1 = _mm_unpackhi_epi16(in[0], in[1]);
-    const __m128i a2 = _mm_unpacklo_epi16(in[2], in[3]), a3 = _mm_unpackhi_epi16(in[2], in[3]);
-    const __m128i a4 = _mm_unpacklo_epi16(in[4], in[5]), a5 = _mm_unpackhi_epi16(in[4], in[5]);
-    const __m128i a6 = _mm_unpacklo_epi16(in[6], in[7]), a7 = _mm_unpackhi_epi16(in[6], in[7]);
-    const __m128i b0 = _mm_unpacklo_epi32(a0, a2), b1 = _mm_unpackhi_epi32(a0, a2);
-    const __m128i b2 = _mm_unpacklo_epi32(a1, a3), b3 = _mm_unpackhi_epi32(a1, a3);
-    const __m128i b4 = _mm_unpacklo_epi32(a4, a6), b5 = _mm_unpackhi_epi32(a4, a6);
-    const __m128i b6 = _mm_unpacklo_epi32(a5, a7), b7 = _mm_unpackhi_epi32(a5, a7);
-    out[0] = _mm_unpacklo_epi64(b0, b4);
-    out[1] = _mm_unpackhi_epi64(b0, b4);
-    out[2] = _mm_unpacklo_epi64(b1, b5);
-    out[3] = _mm_unpackhi_epi64(b1, b5);
-    out[4] = _mm_unpacklo_epi64(b2, b6);
-    out[5] = _mm_unpackhi_epi64(b2, b6);
-    out[6] = _mm_unpacklo_epi64(b3, b7);
-    out[7] = _mm_unpackhi_epi64(b3, b7);
-}
+inline void transpose8(const __m128i* in, __m128i* out) { simd::transpose8x8_epi16(in, out); }
 
 // Eight 16-bit coefficients dequantised: the product c * scale in 32 bits
 // (scale, 32768..65535 as in every row of the table, is taken as

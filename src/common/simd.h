@@ -58,4 +58,26 @@ inline __m128i absdiff_u16(__m128i a, __m128i b) {
     return _mm_or_si128(_mm_subs_epu16(a, b), _mm_subs_epu16(b, a));
 }
 
+// 8x8 transpose of 16-bit lanes: out[c] holds column c of the rows in[0..7].
+inline void transpose8x8_epi16(const __m128i* in, __m128i* out) {
+    const __m128i a0 = _mm_unpacklo_epi16(in[0], in[1]), a1 = _mm_unpackhi_epi16(in[0], in[1]);
+    const __m128i a2 = _mm_unpacklo_epi16(in[2], in[3]), a3 = _mm_unpackhi_epi16(in[2], in[3]);
+    const __m128i a4 = _mm_unpacklo_epi16(in[4], in[5]), a5 = _mm_unpackhi_epi16(in[4], in[5]);
+    const __m128i a6 = _mm_unpacklo_epi16(in[6], in[7]), a7 = _mm_unpackhi_epi16(in[6], in[7]);
+    const __m128i b0 = _mm_unpacklo_epi32(a0, a2), b1 = _mm_unpackhi_epi32(a0, a2);
+    const __m128i b2 = _mm_unpacklo_epi32(a1, a3), b3 = _mm_unpackhi_epi32(a1, a3);
+    const __m128i b4 = _mm_unpacklo_epi32(a4, a6), b5 = _mm_unpackhi_epi32(a4, a6);
+    const __m128i b6 = _mm_unpacklo_epi32(a5, a7), b7 = _mm_unpackhi_epi32(a5, a7);
+    out[0] = _mm_unpacklo_epi64(b0, b4);
+    out[1] = _mm_unpackhi_epi64(b0, b4);
+    out[2] = _mm_unpacklo_epi64(b1, b5);
+    out[3] = _mm_unpackhi_epi64(b1, b5);
+    out[4] = _mm_unpacklo_epi64(b2, b6);
+    out[5] = _mm_unpackhi_epi64(b2, b6);
+    out[6] = _mm_unpacklo_epi64(b3, b7);
+    out[7] = _mm_unpackhi_epi64(b3, b7);
+}
+// The same in place.
+inline void transpose8x8_epi16(__m128i* r) { transpose8x8_epi16(r, r); }
+
 }  // namespace zan::ZAN_PATH::simd

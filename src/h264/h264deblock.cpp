@@ -996,24 +996,7 @@ inline void chroma16_group(Zan16u* q, ptrdiff_t st, bool vertical, const Params&
 // 4096.  A group with a larger sample goes the 32-bit way instead.
 
 // Transposes an 8x8 block of 16-bit values in place.
-inline void transpose8x8_16(__m128i r[8]) {
-    __m128i a[8], b[8];
-    for (int k = 0; k < 4; ++k) {
-        a[2 * k] = _mm_unpacklo_epi16(r[2 * k], r[2 * k + 1]);
-        a[2 * k + 1] = _mm_unpackhi_epi16(r[2 * k], r[2 * k + 1]);
-    }
-    for (int h = 0; h < 2; ++h) {  // rows 0..3, rows 4..7
-        const __m128i* x = a + 4 * h;
-        b[4 * h + 0] = _mm_unpacklo_epi32(x[0], x[2]);  // columns 0, 1
-        b[4 * h + 1] = _mm_unpackhi_epi32(x[0], x[2]);  // columns 2, 3
-        b[4 * h + 2] = _mm_unpacklo_epi32(x[1], x[3]);  // columns 4, 5
-        b[4 * h + 3] = _mm_unpackhi_epi32(x[1], x[3]);  // columns 6, 7
-    }
-    for (int k = 0; k < 4; ++k) {
-        r[2 * k] = _mm_unpacklo_epi64(b[k], b[4 + k]);
-        r[2 * k + 1] = _mm_unpackhi_epi64(b[k], b[4 + k]);
-    }
-}
+inline void transpose8x8_16(__m128i r[8]) { simd::transpose8x8_epi16(r); }
 
 inline Zan32s cut(Zan32s v, Zan32s most) { return v < most ? v : most; }
 

@@ -219,24 +219,7 @@ inline void inv_pass(const __m128i* in, __m128i* out) {
 }
 
 // 8x8 transpose of 16-bit lanes.
-inline void transpose8(const __m128i* v, __m128i* t) {
-    __m128i a0 = _mm_unpacklo_epi16(v[0], v[1]), a1 = _mm_unpackhi_epi16(v[0], v[1]);
-    __m128i a2 = _mm_unpacklo_epi16(v[2], v[3]), a3 = _mm_unpackhi_epi16(v[2], v[3]);
-    __m128i a4 = _mm_unpacklo_epi16(v[4], v[5]), a5 = _mm_unpackhi_epi16(v[4], v[5]);
-    __m128i a6 = _mm_unpacklo_epi16(v[6], v[7]), a7 = _mm_unpackhi_epi16(v[6], v[7]);
-    __m128i b0 = _mm_unpacklo_epi32(a0, a2), b1 = _mm_unpackhi_epi32(a0, a2);
-    __m128i b2 = _mm_unpacklo_epi32(a1, a3), b3 = _mm_unpackhi_epi32(a1, a3);
-    __m128i b4 = _mm_unpacklo_epi32(a4, a6), b5 = _mm_unpackhi_epi32(a4, a6);
-    __m128i b6 = _mm_unpacklo_epi32(a5, a7), b7 = _mm_unpackhi_epi32(a5, a7);
-    t[0] = _mm_unpacklo_epi64(b0, b4);
-    t[1] = _mm_unpackhi_epi64(b0, b4);
-    t[2] = _mm_unpacklo_epi64(b1, b5);
-    t[3] = _mm_unpackhi_epi64(b1, b5);
-    t[4] = _mm_unpacklo_epi64(b2, b6);
-    t[5] = _mm_unpackhi_epi64(b2, b6);
-    t[6] = _mm_unpacklo_epi64(b3, b7);
-    t[7] = _mm_unpackhi_epi64(b3, b7);
-}
+inline void transpose8(const __m128i* v, __m128i* t) { simd::transpose8x8_epi16(v, t); }
 
 // The block's H rows into v[0..7] (rows beyond H zero, 4-wide rows in the
 // low half), and back.
