@@ -366,6 +366,42 @@ TEST(DvDecode, NegativeDcLongCodeAndOverrun) {
     EXPECT_EQ(Zan32u((3 << 4) | (1 << 6) | (1 << 8)), param[0]);
 }
 
+// Codes of 10 to 13 bits (the second step of the table look-up): every code
+// that does not end the block stores its level, zero-amplitude run codes
+// included, and no other position is touched.
+TEST(DvDecode, LongerCodesStoreTheirLevels) {
+    std::vector<Zan8u> seg(400, 0);
+    for (int m = 0; m < 5; ++m) {
+        int byte = 4;
+        for (int len : {14, 14, 14, 14, 10, 10}) {
+            seg[size_t(80 * m + byte + 1)] = 0x06;
+            byte += len;
+        }
+    }
+    // Header: DC 0, mode 0, class 1.  Then run 1 amplitude 0 (11 bits,
+    // scan 2), run 2 amplitude 11 negative (12 + 1 bits, scan 5), run 1
+    // amplitude 9 positive (10 + 1 bits, scan 7), run 6 amplitude 0 (13
+    // bits, scan 14), end of block.
+    std::string b = "000000000" "0" "01" "11111001111" "111110111100" "1" "1111100100" "0"
+                    "1111110000110" "0110";
+    b.resize(112, '0');
+    for (int k = 0; k < 14; ++k) seg[size_t(4 + k)] = Zan8u(std::stoi(b.substr(size_t(8 * k), 8), nullptr, 2));
+    std::vector<Zan16s> coef(30 * 64, 0x1234);
+    std::vector<Zan32u> param(30, 0);
+    ASSERT_EQ(zanStsOk, zaniHuffmanDecodeSegment_DV_8u16s(seg.data(), nullptr, nullptr, coef.data(), param.data()));
+    EXPECT_EQ(0, coef[0]);
+    EXPECT_EQ(0, coef[kZigzag[2]]);
+    EXPECT_EQ(-11 * 64, coef[kZigzag[5]]);
+    EXPECT_EQ(9 * 64, coef[kZigzag[7]]);
+    EXPECT_EQ(0, coef[kZigzag[14]]);
+    for (int k = 1; k < 64; ++k) {
+        if (k != 2 && k != 5 && k != 7 && k != 14) {
+            EXPECT_EQ(0x1234, coef[kZigzag[k]]) << k;
+        }
+    }
+    EXPECT_EQ(Zan32u(1 | (1 << 4) | (14 << 8)), param[0]);
+}
+
 // An end-of-block code that straddles the end of an unfinished block and
 // the spare bits of the next block.
 TEST(DvDecode, EndOfBlockAcrossBlocks) {

@@ -156,6 +156,79 @@ TEST(DvOutput, EdgeMacroblockHalves) {
     EXPECT_EQ(0xEE, p.at(0, 0, 16));
 }
 
+// The right-edge forms place the two halves of a 4:1:1 macroblock on top of
+// each other; each half's chroma (columns 0-3 above, 4-7 below) is doubled
+// on its own, so the last pixel of the top half repeats c[3] and does not
+// mix in c[4], which lies 8 picture rows lower.
+TEST(DvOutput, EdgeHalvesDoubleChromaApart) {
+    Mbs m;
+    Pic p;
+    m.at(0, 5, 3, 0) = 10;
+    m.at(0, 5, 4, 0) = 30;
+    m.at(0, 4, 2, 1) = -40;
+    m.at(0, 4, 3, 1) = 31;
+    m.at(0, 4, 4, 1) = 100;
+    ASSERT_EQ(zanStsOk, zaniYCrCb411ToYCbCr422_EdgeDV_16s8u_P3C2R(m.src[0], p.dst[0], Pic::kStep));
+    EXPECT_EQ(128 + 10, p.at(0, 4 * 6 + 1, 0));
+    EXPECT_EQ(128 + 10, p.at(0, 4 * 7 + 1, 0));  // c[3] repeated, not (10 + 30) >> 1
+    EXPECT_EQ(128 + 30, p.at(0, 1, 8));
+    EXPECT_EQ(128 + 15, p.at(0, 4 * 1 + 1, 8));  // (30 + 0) >> 1
+    EXPECT_EQ(128 - 5, p.at(0, 4 * 5 + 3, 1));   // (-40 + 31) >> 1 = -5 (arithmetic)
+    EXPECT_EQ(128 + 31, p.at(0, 4 * 7 + 3, 1));
+    // Pre-reduced: columns 0-1 above, 2-3 below, each pair doubled apart.
+    Mbs r;
+    Pic q;
+    r.at(0, 5, 0, 2, 4) = 8;
+    r.at(0, 5, 1, 2, 4) = 21;
+    r.at(0, 5, 2, 2, 4) = 99;
+    ASSERT_EQ(zanStsOk, zaniYCrCb411ToYCbCr422_8x8MB_DV_16s8u_P3C2R(r.src[0], q.dst[0], Pic::kStep));
+    EXPECT_EQ(128 + 14, q.at(0, 4 * 1 + 1, 2));  // (8 + 21) >> 1
+    EXPECT_EQ(128 + 21, q.at(0, 4 * 3 + 1, 2));  // c[1] repeated
+    EXPECT_EQ(128 + 99, q.at(0, 1, 6));
+    EXPECT_EQ(0xEE, q.at(0, 16, 2));
+    EXPECT_EQ(0xEE, q.at(0, 0, 8));
+
+    // Random and extreme samples: the reduced edge forms equal the halves of
+    // the matching reduced 4:1:1 forms (their chroma means never cross the cut).
+    Zan32u seed = 12345u;
+    for (auto& v : m.s) {
+        seed = seed * 1664525u + 1013904223u;
+        const Zan32u k = seed >> 24;
+        v = k < 16 ? Zan16s(32767) : k < 32 ? Zan16s(-32768) : Zan16s(Zan32s(seed >> 16) % 600 - 300);
+    }
+    struct Pair {
+        ZanStatus (*mb5)(const Zan16s* const*, Zan8u* const*, Zan32s);
+        ZanStatus (*edge)(const Zan16s*, Zan8u*, Zan32s);
+        int halfBytes, rows;
+    };
+    const Pair pairs[] = {
+        {zaniYCrCb411ToYCbCr422_ZoomOut2_5MBDV_16s8u_P3C2R, zaniYCrCb411ToYCbCr422_ZoomOut2_EdgeDV_16s8u_P3C2R, 16, 4},
+        {zaniYCrCb411ToYCbCr422_ZoomOut4_5MBDV_16s8u_P3C2R, zaniYCrCb411ToYCbCr422_ZoomOut4_EdgeDV_16s8u_P3C2R, 8, 2},
+    };
+    for (const Pair& f : pairs) {
+        Pic a, e;
+        ASSERT_EQ(zanStsOk, f.mb5(m.src, a.dst, Pic::kStep));
+        ASSERT_EQ(zanStsOk, f.edge(m.src[0], e.dst[0], Pic::kStep));
+        for (int y = 0; y < f.rows; ++y)
+            for (int x = 0; x < f.halfBytes; ++x) {
+                EXPECT_EQ(a.at(0, x, y), e.at(0, x, y)) << f.halfBytes << " " << x << " " << y;
+                EXPECT_EQ(a.at(0, f.halfBytes + x, y), e.at(0, x, f.rows + y)) << f.halfBytes << " " << x << " " << y;
+            }
+        EXPECT_EQ(0xEE, e.at(0, f.halfBytes, 0));
+        EXPECT_EQ(0xEE, e.at(0, 0, 2 * f.rows));
+    }
+    // ZoomOut8: the 4x1 pixels of the 5-macroblock form become 2x2.
+    Pic a, e;
+    ASSERT_EQ(zanStsOk, zaniYCrCb411ToYCbCr422_ZoomOut8_5MBDV_16s8u_P3C2R(m.src, a.dst));
+    ASSERT_EQ(zanStsOk, zaniYCrCb411ToYCbCr422_ZoomOut8_EdgeDV_16s8u_P3C2R(m.src[0], e.dst[0], Pic::kStep));
+    for (int x = 0; x < 4; ++x) {
+        EXPECT_EQ(a.at(0, x, 0), e.at(0, x, 0));
+        EXPECT_EQ(a.at(0, 4 + x, 0), e.at(0, x, 1));
+    }
+    EXPECT_EQ(0xEE, e.at(0, 8, 0));
+    EXPECT_EQ(0xEE, e.at(0, 0, 2));
+}
+
 TEST(DvOutput, Layout420ChromaRowsByField) {
     Mbs m;
     Pic p;
