@@ -243,6 +243,7 @@ ZanStatus flat_chroma_dc_rule(Zan16s* p, Zan16s* tb, Zan32s QP, Zan32s intra, Za
 // ========================================================== vector kernels
 
 using simd::load16;
+using simd::load16a;
 using simd::load4;
 using simd::load8;
 using simd::store16;
@@ -412,13 +413,108 @@ Zan32s quant16_ssse3(const Zan16s* src, Zan16s* dst, const Zan16s* scale, Zan32s
     return N - t.zeros();
 }
 
+// One pass of the core butterfly down the columns of a 4x4 block held as
+// rows 0|1 in a and rows 2|3 in b; leaves rows y0|y1 in a and y2|y3 in b.
+inline void core4_cols_v(__m128i& a, __m128i& b) {
+    const __m128i k12 = _mm_setr_epi16(1, 1, 1, 1, 2, 2, 2, 2);
+    const __m128i b32 = _mm_shuffle_epi32(b, 0x4E);                                // rows 3|2
+    const __m128i s = _mm_add_epi16(a, b32), d = _mm_sub_epi16(a, b32);            // s03|s12, d03|d12
+    const __m128i lo = _mm_unpacklo_epi64(s, d), hi = _mm_unpackhi_epi64(s, d);  // s03|d03, s12|d12
+    a = _mm_add_epi16(_mm_mullo_epi16(lo, k12), hi);                               // s03 + s12 | 2 d03 + d12
+    b = _mm_sub_epi16(lo, _mm_mullo_epi16(hi, k12));                               // s03 - s12 | d03 - 2 d12
+}
+// Transposes a 4x4 block held as rows 0|1 in a and rows 2|3 in b.
+inline void transpose4x4_2_v(__m128i& a, __m128i& b) {
+    const __m128i t0 = _mm_unpacklo_epi16(a, b), t1 = _mm_unpackhi_epi16(a, b);
+    a = _mm_unpacklo_epi16(t0, t1);
+    b = _mm_unpackhi_epi16(t0, t1);
+}
+// The core transform of a 4x4 block in two registers (rows 0|1, rows 2|3):
+// columns, transpose, columns again (now the rows), transpose back.
+inline void core4x4_2_v(__m128i& a, __m128i& b) {
+    core4_cols_v(a, b);
+    transpose4x4_2_v(a, b);
+    core4_cols_v(a, b);
+    transpose4x4_2_v(a, b);
+}
+
+// Everything the 4x4 quantiser with the built-in factors needs for one QP
+// and rounding kind, in one place: the factor row doubled (at most 26214,
+// so it fits an unsigned 16-bit lane), the rounding r of the shift 15 + q
+// split as r = rh * 2^15 + rl with rl2 = 2 rl (see level_mag15_v), and q.
+// The rounding is (1 << (15 + q)) / 6 for inter and / 3 for intra.
+struct Quant15 {
+    alignas(16) Zan16u f2[16];
+    Zan16u rl2[8];
+    Zan16u rh[8];
+    Zan64s q;
+};
+struct Quant15Table {
+    Quant15 v[2][52];
+};
+constexpr Quant15Table kQuant15Table = [] {
+    Quant15Table t{};
+    for (int intra = 0; intra < 2; ++intra)
+        for (int qp = 0; qp < 52; ++qp) {
+            Quant15& e = t.v[intra][qp];
+            const int q = qp / 6;
+            const Zan32s r = (1 << (15 + q)) / (intra ? 3 : 6);
+            for (int k = 0; k < 16; ++k) e.f2[k] = static_cast<Zan16u>(2 * kQuant4x4[qp % 6][k]);
+            for (int k = 0; k < 8; ++k) {
+                e.rl2[k] = static_cast<Zan16u>((r & 0x7FFF) << 1);
+                e.rh[k] = static_cast<Zan16u>(r >> 15);
+            }
+            e.q = q;
+        }
+    return t;
+}();
+constexpr const Quant15 (&kQuant15)[2][52] = kQuant15Table.v;
+// The second-generation rounding with the built-in factors is the same.
+static_assert(kQuant15Table.v[0][51].rh[0] == (kRoundGiven.v[8] >> 15) &&
+              kQuant15Table.v[1][51].rh[0] == (kRoundGiven.v[9] >> 15) &&
+              kQuant15Table.v[1][0].rl2[0] == ((kRoundGiven.v[1] & 0x7FFF) << 1) &&
+              kQuant15Table.v[0][0].rl2[0] == ((kRoundGiven.v[0] & 0x7FFF) << 1));
+
+// Level magnitudes (|c| * f + r) >> (15 + q) of eight coefficients, exact,
+// for factors f in 0..32767 and r below 2^(15 + q), all in 16-bit lanes:
+// with P = |c| * f, (P + r) >> 15 = (P >> 15) + rh + carry, where the carry
+// is that of (P mod 2^15) + rl past 2^15.  f2 = 2 f, so that the unsigned
+// high product of |c| (0..32768) and f2 is P >> 15 and the low product is
+// 2 (P mod 2^15); the average of two even values is their exact half sum.
+inline __m128i level_mag15_v(__m128i c, __m128i f2, __m128i rl2, __m128i rh, __m128i q) {
+    const __m128i a = _mm_abs_epi16(c);
+    const __m128i hi = _mm_mulhi_epu16(a, f2), lo = _mm_mullo_epi16(a, f2);
+    const __m128i carry = _mm_srli_epi16(_mm_avg_epu16(lo, rl2), 15);
+    return _mm_srl_epi16(_mm_add_epi16(_mm_add_epi16(hi, rh), carry), q);
+}
+// The level magnitudes of a 4x4 block (two registers) with the built-in
+// factors.
+inline void level_mag15_4x4_v(__m128i c01, __m128i c23, const Quant15& k, __m128i& m01, __m128i& m23) {
+    const __m128i rl2 = load16a(k.rl2), rh = load16a(k.rh), q = load8(&k.q);
+    m01 = level_mag15_v(c01, load16a(k.f2), rl2, rh, q);
+    m23 = level_mag15_v(c23, load16a(k.f2 + 8), rl2, rh, q);
+}
+
+// Count of non-zero levels of a 4x4 block and the largest scan position
+// holding one (at least 0).
+// scan01 and scan23 are the scan positions, read before any level is stored.
+inline void tally4x4_v(__m128i l01, __m128i l23, __m128i scan01, __m128i scan23, Zan32s* pNum, Zan32s* pLast) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i z01 = _mm_cmpeq_epi16(l01, zero), z23 = _mm_cmpeq_epi16(l23, zero);
+    __m128i m = _mm_max_epi16(_mm_andnot_si128(z01, scan01), _mm_andnot_si128(z23, scan23));
+    m = _mm_max_epi16(m, _mm_shuffle_epi32(m, 0x4E));
+    m = _mm_max_epi16(m, _mm_shufflelo_epi16(m, 0x4E));
+    m = _mm_max_epi16(m, _mm_shufflelo_epi16(m, 0xB1));
+    const Zan32s last = static_cast<Zan16s>(_mm_cvtsi128_si32(m));
+    *pLast = last > 0 ? last : 0;
+    *pNum = 16 - bits16(static_cast<Zan32u>(_mm_movemask_epi8(_mm_packs_epi16(z01, z23))));
+}
+
 ZanStatus flat_quant_ssse3(Zan16s* p, Zan32s QP, Zan32s intra, const Zan16s* scan, Zan32s* pNum, Zan32s* pLast) {
-    __m128i c01, c23;
-    core4x4_v(load8(p), load8(p + 4), load8(p + 8), load8(p + 12), c01, c23);
-    const Zan32s shift = 15 + QP / 6;
-    const __m128i r = _mm_set1_epi32((1 << shift) / (intra ? 3 : 6)), s = _mm_cvtsi32_si128(shift);
-    const Zan16s* fac = kQuant4x4[QP % 6];
-    const __m128i m01 = level_mag_v(c01, load16(fac), r, s), m23 = level_mag_v(c23, load16(fac + 8), r, s);
+    __m128i c01 = load16(p), c23 = load16(p + 8);
+    core4x4_2_v(c01, c23);
+    __m128i m01, m23;
+    level_mag15_4x4_v(c01, c23, kQuant15[intra ? 1 : 0][QP], m01, m23);
     const __m128i limit = _mm_set1_epi16(kLevelLimit);
     if (_mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi16(m01, limit), _mm_cmpgt_epi16(m23, limit)))) {
         store16(p, c01);
@@ -426,14 +522,47 @@ ZanStatus flat_quant_ssse3(Zan16s* p, Zan32s QP, Zan32s intra, const Zan16s* sca
         return zanStsCoefRange;
     }
     const __m128i l01 = _mm_sign_epi16(m01, c01), l23 = _mm_sign_epi16(m23, c23);
-    Tally t;
-    t.add(l01, load16(scan));
-    t.add(l23, load16(scan + 8));
+    const __m128i scan01 = load16(scan), scan23 = load16(scan + 8);
     store16(p, l01);
     store16(p + 8, l23);
-    *pNum = 16 - t.zeros();
-    *pLast = t.largest();
+    tally4x4_v(l01, l23, scan01, scan23, pNum, pLast);
     return zanStsOk;
+}
+
+// The core transform and the second-generation levels of a 4x4 block with
+// the built-in factors (shift 15 + q, rounding from the given row), src
+// kept.  No level can saturate: (32768 * 13107 + r) >> 15 is below 2^14.
+Zan32s fwd_quant_given_ssse3(const Zan16s* src, Zan16s* dst, Zan32s QP, Zan32s intra, const Zan16s* scan,
+                             Zan32s* pLast) {
+    __m128i c01 = load16(src), c23 = load16(src + 8);
+    core4x4_2_v(c01, c23);
+    __m128i m01, m23;
+    level_mag15_4x4_v(c01, c23, kQuant15[intra ? 1 : 0][QP], m01, m23);
+    const __m128i l01 = _mm_sign_epi16(m01, c01), l23 = _mm_sign_epi16(m23, c23);
+    const __m128i scan01 = load16(scan), scan23 = load16(scan + 8);
+    store16(dst, l01);
+    store16(dst + 8, l23);
+    Zan32s num = 0;
+    tally4x4_v(l01, l23, scan01, scan23, &num, pLast);
+    return num;
+}
+
+// The core transform and the levels of a 4x4 block with the caller's
+// factors, src kept.
+Zan32s fwd_quant_scaled_ssse3(const Zan16s* src, Zan16s* dst, Zan32s QP, Zan32s intra, const Zan16s* scale,
+                              const Zan16s* scan, Zan32s* pLast) {
+    __m128i c01 = load16(src), c23 = load16(src + 8);
+    core4x4_2_v(c01, c23);
+    const Zan32s q = QP / 6;
+    const __m128i r = _mm_set1_epi32(kRoundScaled.v[q + (intra ? 1 : 0)]), s = _mm_cvtsi32_si128(11 + q);
+    const __m128i l01 = _mm_sign_epi16(level_mag_v(c01, load16(scale), r, s), c01);
+    const __m128i l23 = _mm_sign_epi16(level_mag_v(c23, load16(scale + 8), r, s), c23);
+    const __m128i scan01 = load16(scan), scan23 = load16(scan + 8);
+    store16(dst, l01);
+    store16(dst + 8, l23);
+    Zan32s num = 0;
+    tally4x4_v(l01, l23, scan01, scan23, &num, pLast);
+    return num;
 }
 
 // 4x4 Hadamard butterfly on 32-bit lanes.
@@ -685,10 +814,9 @@ ZanStatus zaniTransformQuantFwd4x4_H264_16s_C1(const Zan16s* pSrc, Zan16s* pDst,
                                                const Zan16s* pScaleLevels) {
     if (!pSrc || !pDst || !pNumLevels || !pScanMatrix || !pLastCoeff) return zanStsNullPtr;
     if (above(QP, 51)) return zanStsOutOfRange;
-    Zan16s t[16];
-    fw::fwd4x4_sse2(pSrc, t);
     Zan32s last = 0;
-    *pNumLevels = fw::quant4x4_high(t, pDst, QP, intra, pScaleLevels, pScanMatrix, &last);
+    *pNumLevels = pScaleLevels ? fw::fwd_quant_scaled_ssse3(pSrc, pDst, QP, intra, pScaleLevels, pScanMatrix, &last)
+                               : fw::fwd_quant_given_ssse3(pSrc, pDst, QP, intra, pScanMatrix, &last);
     *pLastCoeff = last;
     return zanStsOk;
 }

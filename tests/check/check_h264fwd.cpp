@@ -306,6 +306,49 @@ TEST(CheckH264fwd, Levels16) {
     }
 }
 
+// The fused 4x4 transform and quantisation export (built-in factors or the
+// caller's) against the transform export followed by the level export:
+// random blocks of every kind, every QP, both rounding kinds, random scan
+// matrices, in place and out of place; then a sweep of single-sample
+// blocks (coefficients v, 2v and 4v) over the whole 16-bit range at every
+// QP, which reaches every magnitude, -32768 included.
+TEST(CheckH264fwd, FusedTransformQuant4x4) {
+    Rng rng(4404);
+    auto compare = [](const Zan16s* src, Zan32s QP, Zan32s intra, const Zan16s* scan, const Zan16s* scale) {
+        Zan16s t[16], want[16], got[16];
+        Zan32s nw = -7, lw = -7, ng = -9, lg = -9;
+        if (zaniTransformResidual4x4Fwd_H264_16s_C1(src, t) != zanStsOk) return false;
+        if (zaniQuantizeResidual4x4Fwd_H264_16s_C1(t, want, &nw, &lw, scale, scan, QP, intra) != zanStsOk) return false;
+        if (zaniTransformQuantFwd4x4_H264_16s_C1(src, got, QP, &ng, intra, scan, &lg, scale) != zanStsOk) return false;
+        return nw == ng && lw == lg && std::equal(want, want + 16, got);
+    };
+    for (int d = 0; d < draws(); ++d) {
+        Zan16s src[16], scale[16];
+        fill_block(rng, src, 16, d, d % 5 == 4);
+        for (auto& v : scale) v = static_cast<Zan16s>(d % 3 == 2 ? rng.range(-32768, 32767) : rng.range(0, 32767));
+        const auto scan = scan_matrix(rng, 16, d);
+        const Zan32s QP = static_cast<Zan32s>(rng.below(52)), intra = d & 1;
+        ASSERT_TRUE(compare(src, QP, intra, scan.data(), nullptr)) << "draw " << d << " QP " << QP;
+        ASSERT_TRUE(compare(src, QP, intra, scan.data(), scale)) << "draw " << d << " QP " << QP << " scaled";
+        Zan16s inPlace[16], t[16], want[16];
+        std::copy(src, src + 16, inPlace);
+        Zan32s nw = 0, lw = 0, ng = 0, lg = 0;
+        ASSERT_EQ(zanStsOk, zaniTransformResidual4x4Fwd_H264_16s_C1(src, t));
+        ASSERT_EQ(zanStsOk, zaniQuantizeResidual4x4Fwd_H264_16s_C1(t, want, &nw, &lw, nullptr, scan.data(), QP, intra));
+        ASSERT_EQ(zanStsOk,
+                  zaniTransformQuantFwd4x4_H264_16s_C1(inPlace, inPlace, QP, &ng, intra, scan.data(), &lg, nullptr));
+        ASSERT_TRUE(nw == ng && lw == lg && std::equal(want, want + 16, inPlace)) << "in place, draw " << d;
+    }
+    Zan16s scan[16];
+    std::iota(scan, scan + 16, Zan16s{0});
+    for (Zan32s QP = 0; QP < 52; ++QP)
+        for (Zan32s v = -32768; v < 32768; v += (v > -32760 && v < 32760 ? 5 : 1)) {
+            Zan16s src[16] = {};
+            src[0] = static_cast<Zan16s>(v);
+            ASSERT_TRUE(compare(src, QP, v & 1, scan, nullptr)) << "v " << v << " QP " << QP;
+        }
+}
+
 // The zero block gives zero levels, count 0 and last position 0 on every
 // kernel, whatever the scan matrix holds.
 TEST(CheckH264fwd, ZeroBlock) {
