@@ -250,6 +250,129 @@ inline void inv_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s ds
     store_block<W, H>(pDst, dstStep, v);
 }
 
+// The 8x8 inverse without full transposes.  Each row is shuffled to the
+// 32-bit pairs (d0,d4) (d2,d6) (d1,d3) (d5,d7), columns beyond the span
+// zeroed by the same shuffle; a 4x4 transpose of 32-bit lanes over rows
+// 0,4,2,6 and another over rows 1,3,5,7 then gives each pair across four
+// rows, ready for pmaddwd.  The even part splits once more: with
+// ee(o) = T0[o] x0 + T4[o] x4 and eo(o) = T2[o] x2 + T6[o] x6,
+// ev(0), ev(3) = ee(0) +- eo(0) and ev(1), ev(2) = ee(1) +- eo(1).  The row
+// pass leaves column j of E with its rows in the lane order 0 4 2 6 1 3 5 7,
+// which is again the pair layout: two more 4x4 transposes of 32-bit lanes
+// feed the column pass, whose results are whole output rows.
+constexpr bool even_split_holds() {
+    for (int o = 0; o < 2; ++o) {
+        const int m = 3 - o;
+        if (basis(8, 0, m) != basis(8, 0, o) || basis(8, 4, m) != basis(8, 4, o)) return false;
+        if (basis(8, 2, m) != -basis(8, 2, o) || basis(8, 6, m) != -basis(8, 6, o)) return false;
+    }
+    return true;
+}
+static_assert(even_split_holds());
+
+constexpr Zan32s pair8(int ka, int kb, int o) {
+    return static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(basis(8, ka, o))) |
+                               (static_cast<Zan32u>(static_cast<Zan16u>(basis(8, kb, o))) << 16));
+}
+
+// 4x4 transpose of 32-bit lanes: out[m] holds lane m of a, b, c, d.
+inline void transpose4x4_epi32(__m128i a, __m128i b, __m128i c, __m128i d, __m128i* out) {
+    const __m128i t0 = _mm_unpacklo_epi32(a, b), t1 = _mm_unpackhi_epi32(a, b);
+    const __m128i t2 = _mm_unpacklo_epi32(c, d), t3 = _mm_unpackhi_epi32(c, d);
+    out[0] = _mm_unpacklo_epi64(t0, t2);
+    out[1] = _mm_unpackhi_epi64(t0, t2);
+    out[2] = _mm_unpacklo_epi64(t1, t3);
+    out[3] = _mm_unpackhi_epi64(t1, t3);
+}
+
+// The even part of one 8-point pass over four lanes of 32-bit pairs
+// v[0] = (x0,x4), v[1] = (x2,x6), v[2] = (x1,x3), v[3] = (x5,x7), the
+// rounding included: ev[o] for outputs o and 7 - o.  Span 2 skips the pair
+// (x2,x6), which is zero.
+template <int Span, int Rnd>
+inline void even8(const __m128i* v, __m128i* ev) {
+    const __m128i rnd = _mm_set1_epi32(Rnd);
+    const __m128i ee0 = _mm_add_epi32(_mm_madd_epi16(v[0], _mm_set1_epi32(pair8(0, 4, 0))), rnd);
+    const __m128i ee1 = _mm_add_epi32(_mm_madd_epi16(v[0], _mm_set1_epi32(pair8(0, 4, 1))), rnd);
+    if (Span > 2) {
+        const __m128i eo0 = _mm_madd_epi16(v[1], _mm_set1_epi32(pair8(2, 6, 0)));
+        const __m128i eo1 = _mm_madd_epi16(v[1], _mm_set1_epi32(pair8(2, 6, 1)));
+        ev[0] = _mm_add_epi32(ee0, eo0);
+        ev[3] = _mm_sub_epi32(ee0, eo0);
+        ev[1] = _mm_add_epi32(ee1, eo1);
+        ev[2] = _mm_sub_epi32(ee1, eo1);
+    } else {
+        ev[0] = ev[3] = ee0;
+        ev[1] = ev[2] = ee1;
+    }
+}
+
+// The odd part for output o; Span 4 or less skips the pair (x5,x7).
+template <int Span>
+inline __m128i odd8(const __m128i* v, int o) {
+    __m128i od = _mm_madd_epi16(v[2], _mm_set1_epi32(pair8(1, 3, o)));
+    if (Span > 4) od = _mm_add_epi32(od, _mm_madd_epi16(v[3], _mm_set1_epi32(pair8(5, 7, o))));
+    return od;
+}
+
+// One 8-point pass over one group of four lanes, the 32-bit sums shifted:
+// top[o] = (sum + Rnd) >> Shift for output o, bot[o] the same for output
+// 7 - o with 1 more added when Extra.
+template <int Span, int Rnd, int Shift, bool Extra>
+inline void pass8_pairs(const __m128i* v, __m128i* top, __m128i* bot) {
+    __m128i ev[4];
+    even8<Span, Rnd>(v, ev);
+#pragma GCC unroll 4
+    for (int o = 0; o < 4; ++o) {
+        __m128i od = odd8<Span>(v, o);
+        top[o] = _mm_srai_epi32(_mm_add_epi32(ev[o], od), Shift);
+        if (Extra) od = _mm_sub_epi32(od, _mm_set1_epi32(1));
+        bot[o] = _mm_srai_epi32(_mm_sub_epi32(ev[o], od), Shift);
+    }
+}
+
+template <int Span>
+inline void inv8x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    // Row shuffle to (d0,d4) (d2,d6) (d1,d3) (d5,d7); -1 bytes give zero.
+    constexpr auto col = [](int j) { return j < Span ? j : -1; };
+    constexpr int order[8] = {0, 4, 2, 6, 1, 3, 5, 7};
+    alignas(16) static constexpr auto kShuf = [order, col] {
+        struct {
+            Zan8s b[16];
+        } m{};
+        for (int i = 0; i < 8; ++i) {
+            const int j = col(order[i]);
+            m.b[2 * i] = static_cast<Zan8s>(j < 0 ? -1 : 2 * j);
+            m.b[2 * i + 1] = static_cast<Zan8s>(j < 0 ? -1 : 2 * j + 1);
+        }
+        return m;
+    }();
+    const __m128i shuf = simd::load16a(kShuf.b);
+    __m128i r[8];
+    for (int i = 0; i < 8; ++i) r[i] = _mm_shuffle_epi8(simd::load16(simd::row(pSrc, srcStep, i)), shuf);
+    // Row pass: lanes of group a hold rows 0,4,2,6, of group b rows 1,3,5,7.
+    __m128i va[4], vb[4];
+    transpose4x4_epi32(r[0], r[4], r[2], r[6], va);
+    transpose4x4_epi32(r[1], r[3], r[5], r[7], vb);
+    __m128i ta[4], ba[4], tb[4], bb[4];
+    pass8_pairs<Span, 4, 3, false>(va, ta, ba);
+    pass8_pairs<Span, 4, 3, false>(vb, tb, bb);
+    __m128i e[8];  // e[j]: column j of E, rows in lane order 0 4 2 6 1 3 5 7
+    for (int o = 0; o < 4; ++o) {
+        e[o] = _mm_packs_epi32(ta[o], tb[o]);
+        e[7 - o] = _mm_packs_epi32(ba[o], bb[o]);
+    }
+    // Column pass: lanes of group a hold columns 0..3, of group b 4..7.
+    transpose4x4_epi32(e[0], e[1], e[2], e[3], va);
+    transpose4x4_epi32(e[4], e[5], e[6], e[7], vb);
+    pass8_pairs<8, 64, 7, true>(va, ta, ba);
+    pass8_pairs<8, 64, 7, true>(vb, tb, bb);
+    for (int o = 0; o < 4; ++o) {
+        simd::store16(simd::row(pDst, dstStep, o), _mm_packs_epi32(ta[o], tb[o]));
+        simd::store16(simd::row(pDst, dstStep, 7 - o), _mm_packs_epi32(ba[o], bb[o]));
+    }
+}
+
 template <int W, int H>
 void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, ZaniSize nz) {
     if (dc_only(nz)) {
@@ -259,6 +382,20 @@ void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, 
                 simd::store16(simd::row(pDst, dstStep, i), v);
             else
                 simd::store8(simd::row(pDst, dstStep, i), v);
+        }
+        return;
+    }
+    if constexpr (W == 8 && H == 8) {
+        switch (span_of<8>(nz)) {
+            case 2:
+                inv8x8_body<2>(pSrc, srcStep, pDst, dstStep);
+                break;
+            case 4:
+                inv8x8_body<4>(pSrc, srcStep, pDst, dstStep);
+                break;
+            default:
+                inv8x8_body<8>(pSrc, srcStep, pDst, dstStep);
+                break;
         }
         return;
     }
