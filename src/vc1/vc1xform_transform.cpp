@@ -331,23 +331,28 @@ inline void pass8_pairs(const __m128i* v, __m128i* top, __m128i* bot) {
     }
 }
 
+// Byte shuffle of a row to (d0,d4) (d2,d6) (d1,d3) (d5,d7); columns from
+// Span on become zero.
+struct RowShuffle {
+    Zan8s b[16];
+};
+template <int Span>
+constexpr RowShuffle row_pairs() {
+    constexpr int order[8] = {0, 4, 2, 6, 1, 3, 5, 7};
+    RowShuffle m{};
+    for (int i = 0; i < 8; ++i) {
+        const int j = order[i];
+        m.b[2 * i] = static_cast<Zan8s>(j < Span ? 2 * j : -1);
+        m.b[2 * i + 1] = static_cast<Zan8s>(j < Span ? 2 * j + 1 : -1);
+    }
+    return m;
+}
+template <int Span>
+alignas(16) constexpr RowShuffle kRowPairs = row_pairs<Span>();
+
 template <int Span>
 inline void inv8x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
-    // Row shuffle to (d0,d4) (d2,d6) (d1,d3) (d5,d7); -1 bytes give zero.
-    constexpr auto col = [](int j) { return j < Span ? j : -1; };
-    constexpr int order[8] = {0, 4, 2, 6, 1, 3, 5, 7};
-    alignas(16) static constexpr auto kShuf = [order, col] {
-        struct {
-            Zan8s b[16];
-        } m{};
-        for (int i = 0; i < 8; ++i) {
-            const int j = col(order[i]);
-            m.b[2 * i] = static_cast<Zan8s>(j < 0 ? -1 : 2 * j);
-            m.b[2 * i + 1] = static_cast<Zan8s>(j < 0 ? -1 : 2 * j + 1);
-        }
-        return m;
-    }();
-    const __m128i shuf = simd::load16a(kShuf.b);
+    const __m128i shuf = simd::load16a(kRowPairs<Span>.b);
     __m128i r[8];
     for (int i = 0; i < 8; ++i) r[i] = _mm_shuffle_epi8(simd::load16(simd::row(pSrc, srcStep, i)), shuf);
     // Row pass: lanes of group a hold rows 0,4,2,6, of group b rows 1,3,5,7.
@@ -373,6 +378,46 @@ inline void inv8x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s
     }
 }
 
+// The 8x4 inverse the same way.  Rows 0,2,1,3 in the lanes give the row
+// pass; each packed pair of its results holds column o in the low half and
+// column 7 - o in the high half, in the pairs (E0,E2) (E1,E3) that the
+// 4-point column pass takes, so 32-bit and 64-bit unpacks gather them for
+// columns 0..3 and 4..7.
+constexpr Zan32s pair4(int ka, int kb, int o) {
+    return static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(basis(4, ka, o))) |
+                               (static_cast<Zan32u>(static_cast<Zan16u>(basis(4, kb, o))) << 16));
+}
+
+// The 4-point column pass over the pairs a = (x0,x2) and b = (x1,x3) of four
+// columns: out[o] = (sum + 64) >> 7, 32-bit.
+inline void pass4_pairs(__m128i a, __m128i b, __m128i* out) {
+    const __m128i rnd = _mm_set1_epi32(64);
+#pragma GCC unroll 2
+    for (int o = 0; o < 2; ++o) {
+        const __m128i ev = _mm_add_epi32(_mm_madd_epi16(a, _mm_set1_epi32(pair4(0, 2, o))), rnd);
+        const __m128i od = _mm_madd_epi16(b, _mm_set1_epi32(pair4(1, 3, o)));
+        out[o] = _mm_srai_epi32(_mm_add_epi32(ev, od), 7);
+        out[3 - o] = _mm_srai_epi32(_mm_sub_epi32(ev, od), 7);
+    }
+}
+
+template <int Span>
+inline void inv8x4_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs<Span>.b);
+    __m128i r[4];
+    for (int i = 0; i < 4; ++i) r[i] = _mm_shuffle_epi8(simd::load16(simd::row(pSrc, srcStep, i)), shuf);
+    __m128i v[4], top[4], bot[4], p[4];
+    transpose4x4_epi32(r[0], r[2], r[1], r[3], v);
+    pass8_pairs<Span, 4, 3, false>(v, top, bot);
+    for (int o = 0; o < 4; ++o) p[o] = _mm_packs_epi32(top[o], bot[o]);
+    const __m128i l01 = _mm_unpacklo_epi32(p[0], p[1]), l23 = _mm_unpacklo_epi32(p[2], p[3]);
+    const __m128i h32 = _mm_unpackhi_epi32(p[3], p[2]), h10 = _mm_unpackhi_epi32(p[1], p[0]);
+    __m128i oa[4], ob[4];
+    pass4_pairs(_mm_unpacklo_epi64(l01, l23), _mm_unpackhi_epi64(l01, l23), oa);  // columns 0..3
+    pass4_pairs(_mm_unpacklo_epi64(h32, h10), _mm_unpackhi_epi64(h32, h10), ob);  // columns 4..7
+    for (int i = 0; i < 4; ++i) simd::store16(simd::row(pDst, dstStep, i), _mm_packs_epi32(oa[i], ob[i]));
+}
+
 template <int W, int H>
 void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, ZaniSize nz) {
     if (dc_only(nz)) {
@@ -395,6 +440,20 @@ void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, 
                 break;
             default:
                 inv8x8_body<8>(pSrc, srcStep, pDst, dstStep);
+                break;
+        }
+        return;
+    }
+    if constexpr (W == 8 && H == 4) {
+        switch (span_of<8>(nz)) {
+            case 2:
+                inv8x4_body<2>(pSrc, srcStep, pDst, dstStep);
+                break;
+            case 4:
+                inv8x4_body<4>(pSrc, srcStep, pDst, dstStep);
+                break;
+            default:
+                inv8x4_body<8>(pSrc, srcStep, pDst, dstStep);
                 break;
         }
         return;
