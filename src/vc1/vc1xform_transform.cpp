@@ -388,16 +388,17 @@ constexpr Zan32s pair4(int ka, int kb, int o) {
                                (static_cast<Zan32u>(static_cast<Zan16u>(basis(4, kb, o))) << 16));
 }
 
-// The 4-point column pass over the pairs a = (x0,x2) and b = (x1,x3) of four
-// columns: out[o] = (sum + 64) >> 7, 32-bit.
+// A 4-point pass over the pairs a = (x0,x2) and b = (x1,x3) of four lanes:
+// out[o] = (sum + Rnd) >> Shift, 32-bit.
+template <int Rnd, int Shift>
 inline void pass4_pairs(__m128i a, __m128i b, __m128i* out) {
-    const __m128i rnd = _mm_set1_epi32(64);
+    const __m128i rnd = _mm_set1_epi32(Rnd);
 #pragma GCC unroll 2
     for (int o = 0; o < 2; ++o) {
         const __m128i ev = _mm_add_epi32(_mm_madd_epi16(a, _mm_set1_epi32(pair4(0, 2, o))), rnd);
         const __m128i od = _mm_madd_epi16(b, _mm_set1_epi32(pair4(1, 3, o)));
-        out[o] = _mm_srai_epi32(_mm_add_epi32(ev, od), 7);
-        out[3 - o] = _mm_srai_epi32(_mm_sub_epi32(ev, od), 7);
+        out[o] = _mm_srai_epi32(_mm_add_epi32(ev, od), Shift);
+        out[3 - o] = _mm_srai_epi32(_mm_sub_epi32(ev, od), Shift);
     }
 }
 
@@ -413,9 +414,65 @@ inline void inv8x4_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s
     const __m128i l01 = _mm_unpacklo_epi32(p[0], p[1]), l23 = _mm_unpacklo_epi32(p[2], p[3]);
     const __m128i h32 = _mm_unpackhi_epi32(p[3], p[2]), h10 = _mm_unpackhi_epi32(p[1], p[0]);
     __m128i oa[4], ob[4];
-    pass4_pairs(_mm_unpacklo_epi64(l01, l23), _mm_unpackhi_epi64(l01, l23), oa);  // columns 0..3
-    pass4_pairs(_mm_unpacklo_epi64(h32, h10), _mm_unpackhi_epi64(h32, h10), ob);  // columns 4..7
+    pass4_pairs<64, 7>(_mm_unpacklo_epi64(l01, l23), _mm_unpackhi_epi64(l01, l23), oa);  // columns 0..3
+    pass4_pairs<64, 7>(_mm_unpacklo_epi64(h32, h10), _mm_unpackhi_epi64(h32, h10), ob);  // columns 4..7
     for (int i = 0; i < 4; ++i) simd::store16(simd::row(pDst, dstStep, i), _mm_packs_epi32(oa[i], ob[i]));
+}
+
+// The 4x8 inverse: two rows to a register (0 with 2, 4 with 6, 1 with 5,
+// 3 with 7), each row shuffled to (d0,d2) (d1,d3), then 32-bit and 64-bit
+// unpacks give the row pass its pairs over rows 0,4,2,6 and 1,3,5,7.  Its
+// packed results are the columns of E with rows in the lane order
+// 0 4 2 6 1 3 5 7, which one 4x4 transpose of 32-bit lanes turns into the
+// pairs of the 8-point column pass; each packed pair of that pass holds
+// row o in its low half and row 7 - o in its high half.
+struct RowShuffle4 {
+    Zan8s b[16];
+};
+template <int Span>
+constexpr RowShuffle4 row_pairs4() {
+    constexpr int order[4] = {0, 2, 1, 3};
+    RowShuffle4 m{};
+    for (int h = 0; h < 2; ++h)
+        for (int i = 0; i < 4; ++i) {
+            const int j = order[i];
+            m.b[8 * h + 2 * i] = static_cast<Zan8s>(j < Span ? 8 * h + 2 * j : -1);
+            m.b[8 * h + 2 * i + 1] = static_cast<Zan8s>(j < Span ? 8 * h + 2 * j + 1 : -1);
+        }
+    return m;
+}
+template <int Span>
+alignas(16) constexpr RowShuffle4 kRowPairs4 = row_pairs4<Span>();
+
+template <int Span>
+inline void inv4x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs4<Span>.b);
+    const auto two_rows = [&](int i, int k) {
+        const __m128i lo = simd::load8(simd::row(pSrc, srcStep, i));
+        const __m128i hi = simd::load8(simd::row(pSrc, srcStep, k));
+        return _mm_shuffle_epi8(_mm_unpacklo_epi64(lo, hi), shuf);
+    };
+    // Row pass over rows 0,4,2,6 (a) and 1,3,5,7 (b).
+    __m128i ta[4], tb[4];
+    {
+        const __m128i q0 = two_rows(0, 2), q1 = two_rows(4, 6);
+        const __m128i lo = _mm_unpacklo_epi32(q0, q1), hi = _mm_unpackhi_epi32(q0, q1);
+        pass4_pairs<4, 3>(_mm_unpacklo_epi64(lo, hi), _mm_unpackhi_epi64(lo, hi), ta);
+    }
+    {
+        const __m128i q0 = two_rows(1, 5), q1 = two_rows(3, 7);
+        const __m128i lo = _mm_unpacklo_epi32(q0, q1), hi = _mm_unpackhi_epi32(q0, q1);
+        pass4_pairs<4, 3>(_mm_unpacklo_epi64(lo, hi), _mm_unpackhi_epi64(lo, hi), tb);
+    }
+    __m128i e[4], v[4], top[4], bot[4];
+    for (int j = 0; j < 4; ++j) e[j] = _mm_packs_epi32(ta[j], tb[j]);
+    transpose4x4_epi32(e[0], e[1], e[2], e[3], v);
+    pass8_pairs<8, 64, 7, true>(v, top, bot);
+    for (int o = 0; o < 4; ++o) {
+        const __m128i p = _mm_packs_epi32(top[o], bot[o]);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(simd::row(pDst, dstStep, o)), p);
+        _mm_storeh_pd(reinterpret_cast<double*>(simd::row(pDst, dstStep, 7 - o)), _mm_castsi128_pd(p));
+    }
 }
 
 template <int W, int H>
@@ -456,6 +513,13 @@ void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, 
                 inv8x4_body<8>(pSrc, srcStep, pDst, dstStep);
                 break;
         }
+        return;
+    }
+    if constexpr (W == 4 && H == 8) {
+        if (span_of<4>(nz) == 2)
+            inv4x8_body<2>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv4x8_body<4>(pSrc, srcStep, pDst, dstStep);
         return;
     }
     switch (span_of<W>(nz)) {
