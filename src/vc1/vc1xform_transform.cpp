@@ -18,12 +18,15 @@
 //   Y = (t * q + 2^14) >> 15                         q = forward_scale(W, H, k, l)
 // which brings the coefficients to the scale that the inverse expects.
 //
-// The vector kernels hold a block as eight rows of eight 16-bit lanes (4-wide
+// The forward kernels hold a block as eight rows of eight 16-bit lanes (4-wide
 // blocks use the low half, 4-high blocks the first four rows), transpose it,
 // run a pass as pmaddwd on pairs of rows into 32-bit sums, pack with
-// saturation, and transpose back for the other pass.  The inverse passes use
-// the even/odd symmetry of the basis functions to form two outputs from each
-// pair of sums, half the multiplies of the plain form.
+// saturation, and transpose back for the other pass.  The inverse kernels
+// never transpose 16-bit lanes: each row is shuffled into the 32-bit pairs
+// that pmaddwd takes, 4x4 transposes of 32-bit lanes line the pairs up across
+// rows, and the row pass leaves its packed results already in the pair layout
+// of the column pass.  They use the even/odd symmetry of the basis functions
+// to form two outputs from each pair of sums.
 #include <algorithm>
 
 #include "common/scalar.h"
@@ -120,11 +123,8 @@ constexpr Mat make_mat(int n, bool transposed) {
     return m;
 }
 constexpr Mat kFwd8 = make_mat(8, false), kFwd4 = make_mat(4, false);  // c[o][i] = T[o][i]
-constexpr Mat kInv8 = make_mat(8, true), kInv4 = make_mat(4, true);    // c[o][k] = T[k][o]
 template <int N>
 constexpr const Mat& fwd_mat() { return N == 8 ? kFwd8 : kFwd4; }
-template <int N>
-constexpr const Mat& inv_mat() { return N == 8 ? kInv8 : kInv4; }
 
 // Pair (c[o][2p], c[o][2p+1]) as the 32-bit lane pattern of pmaddwd.
 constexpr Zan32s pair_of(const Mat& m, int o, int p) {
@@ -166,58 +166,6 @@ constexpr bool symmetric(int n) {
 }
 static_assert(symmetric(8) && symmetric(4));
 
-// The inverse pass out[o] = sat16((sum_k T[k][o] in[k] + Rnd + (Extra && o >= 4))
-// >> Shift) over N outputs, split by that symmetry: with ev(o) the sum over
-// even k and od(o) over odd k, out[o] = ev + od and out[N-1-o] = ev - od.
-// Inputs from NIn on are zero and left out.
-template <int N, int NIn, int Rnd, int Shift, bool Extra>
-inline void inv_pass(const __m128i* in, __m128i* out) {
-    const Mat& M = inv_mat<N>();
-    // Pairs (k, k + 2): even pairs start at 0, 4; odd pairs at 1, 5.
-    constexpr int kPairs = N / 4;
-    __m128i elo[2], ehi[2], olo[2], ohi[2];
-    const __m128i zero = _mm_setzero_si128();
-    auto input = [&](int k) { return k < NIn ? in[k] : zero; };
-#pragma GCC unroll 2
-    for (int p = 0; p < kPairs; ++p) {
-        elo[p] = _mm_unpacklo_epi16(input(4 * p), input(4 * p + 2));
-        ehi[p] = _mm_unpackhi_epi16(input(4 * p), input(4 * p + 2));
-        olo[p] = _mm_unpacklo_epi16(input(4 * p + 1), input(4 * p + 3));
-        ohi[p] = _mm_unpackhi_epi16(input(4 * p + 1), input(4 * p + 3));
-    }
-    auto pair = [&](int o, int k) {
-        return _mm_set1_epi32(static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k])) |
-                                                  (static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k + 2])) << 16)));
-    };
-#pragma GCC unroll 4
-    for (int o = 0; o < N / 2; ++o) {
-        const __m128i r = _mm_set1_epi32(Rnd);
-        __m128i ea = r, eb = r, oa = zero, ob = zero;
-#pragma GCC unroll 2
-        for (int p = 0; p < kPairs; ++p) {
-            if (4 * p < NIn) {
-                const __m128i ce = pair(o, 4 * p);
-                ea = _mm_add_epi32(ea, _mm_madd_epi16(elo[p], ce));
-                eb = _mm_add_epi32(eb, _mm_madd_epi16(ehi[p], ce));
-            }
-            if (4 * p + 1 < NIn) {
-                const __m128i co = pair(o, 4 * p + 1);
-                oa = _mm_add_epi32(oa, _mm_madd_epi16(olo[p], co));
-                ob = _mm_add_epi32(ob, _mm_madd_epi16(ohi[p], co));
-            }
-        }
-        out[o] = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(ea, oa), Shift),
-                                 _mm_srai_epi32(_mm_add_epi32(eb, ob), Shift));
-        if (Extra) {
-            const __m128i one = _mm_set1_epi32(1);
-            ea = _mm_add_epi32(ea, one);
-            eb = _mm_add_epi32(eb, one);
-        }
-        out[N - 1 - o] = _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(ea, oa), Shift),
-                                         _mm_srai_epi32(_mm_sub_epi32(eb, ob), Shift));
-    }
-}
-
 // 8x8 transpose of 16-bit lanes.
 inline void transpose8(const __m128i* v, __m128i* t) { simd::transpose8x8_epi16(v, t); }
 
@@ -236,18 +184,6 @@ inline void store_block(Zan16s* p, Zan32s step, const __m128i* v) {
         else
             simd::store8(simd::row(p, step, i), v[i]);
     }
-}
-
-template <int W, int H, int Span>
-inline void inv_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
-    __m128i v[8], t[8], e[8];
-    load_block<W, H>(pSrc, srcStep, v);
-    transpose8(v, t);  // t[k]: column k of the coefficients, lane i = row i
-    inv_pass<W, Span, 4, 3, false>(t, e);
-    for (int j = W; j < 8; ++j) e[j] = _mm_setzero_si128();
-    transpose8(e, t);  // t[i]: row i of E
-    inv_pass<H, H, 64, 7, H == 8>(t, v);
-    store_block<W, H>(pDst, dstStep, v);
 }
 
 // The 8x8 inverse without full transposes.  Each row is shuffled to the
@@ -444,14 +380,16 @@ constexpr RowShuffle4 row_pairs4() {
 template <int Span>
 alignas(16) constexpr RowShuffle4 kRowPairs4 = row_pairs4<Span>();
 
+// Rows i and k of a 4-wide block in one register, shuffled to pairs.
+inline __m128i rows4_pairs(const Zan16s* p, Zan32s step, int i, int k, __m128i shuf) {
+    const __m128i lo = simd::load8(simd::row(p, step, i)), hi = simd::load8(simd::row(p, step, k));
+    return _mm_shuffle_epi8(_mm_unpacklo_epi64(lo, hi), shuf);
+}
+
 template <int Span>
 inline void inv4x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
     const __m128i shuf = simd::load16a(kRowPairs4<Span>.b);
-    const auto two_rows = [&](int i, int k) {
-        const __m128i lo = simd::load8(simd::row(pSrc, srcStep, i));
-        const __m128i hi = simd::load8(simd::row(pSrc, srcStep, k));
-        return _mm_shuffle_epi8(_mm_unpacklo_epi64(lo, hi), shuf);
-    };
+    const auto two_rows = [&](int i, int k) { return rows4_pairs(pSrc, srcStep, i, k, shuf); };
     // Row pass over rows 0,4,2,6 (a) and 1,3,5,7 (b).
     __m128i ta[4], tb[4];
     {
@@ -470,8 +408,32 @@ inline void inv4x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s
     pass8_pairs<8, 64, 7, true>(v, top, bot);
     for (int o = 0; o < 4; ++o) {
         const __m128i p = _mm_packs_epi32(top[o], bot[o]);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(simd::row(pDst, dstStep, o)), p);
-        _mm_storeh_pd(reinterpret_cast<double*>(simd::row(pDst, dstStep, 7 - o)), _mm_castsi128_pd(p));
+        simd::store8(simd::row(pDst, dstStep, o), p);
+        simd::store8(simd::row(pDst, dstStep, 7 - o), _mm_unpackhi_epi64(p, p));
+    }
+}
+
+// The 4x4 inverse: rows 0 with 1 and 2 with 3 in a register, unpacked to
+// the pairs of the row pass over rows 0,2,1,3; its packed results hold the
+// pairs (E0,E2) (E1,E3) of two columns, which a 32-bit shuffle gathers for
+// the column pass.  Each packed pair of that pass holds two output rows.
+template <int Span>
+inline void inv4x4_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs4<Span>.b);
+    const __m128i q0 = rows4_pairs(pSrc, srcStep, 0, 1, shuf), q1 = rows4_pairs(pSrc, srcStep, 2, 3, shuf);
+    const __m128i lo = _mm_unpacklo_epi32(q0, q1), hi = _mm_unpackhi_epi32(q0, q1);
+    __m128i t[4];
+    pass4_pairs<4, 3>(_mm_unpacklo_epi64(lo, hi), _mm_unpackhi_epi64(lo, hi), t);
+    const __m128 p01 = _mm_castsi128_ps(_mm_packs_epi32(t[0], t[1]));
+    const __m128 p23 = _mm_castsi128_ps(_mm_packs_epi32(t[2], t[3]));
+    const __m128i a = _mm_castps_si128(_mm_shuffle_ps(p01, p23, _MM_SHUFFLE(2, 0, 2, 0)));
+    const __m128i b = _mm_castps_si128(_mm_shuffle_ps(p01, p23, _MM_SHUFFLE(3, 1, 3, 1)));
+    __m128i o[4];
+    pass4_pairs<64, 7>(a, b, o);
+    for (int i = 0; i < 4; i += 2) {
+        const __m128i p = _mm_packs_epi32(o[i], o[i + 1]);
+        simd::store8(simd::row(pDst, dstStep, i), p);
+        simd::store8(simd::row(pDst, dstStep, i + 1), _mm_unpackhi_epi64(p, p));
     }
 }
 
@@ -487,51 +449,32 @@ void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, 
         }
         return;
     }
+    // Each shape's body, for the span of columns that enter the row pass.
+    const int span = span_of<W>(nz);
     if constexpr (W == 8 && H == 8) {
-        switch (span_of<8>(nz)) {
-            case 2:
-                inv8x8_body<2>(pSrc, srcStep, pDst, dstStep);
-                break;
-            case 4:
-                inv8x8_body<4>(pSrc, srcStep, pDst, dstStep);
-                break;
-            default:
-                inv8x8_body<8>(pSrc, srcStep, pDst, dstStep);
-                break;
-        }
-        return;
-    }
-    if constexpr (W == 8 && H == 4) {
-        switch (span_of<8>(nz)) {
-            case 2:
-                inv8x4_body<2>(pSrc, srcStep, pDst, dstStep);
-                break;
-            case 4:
-                inv8x4_body<4>(pSrc, srcStep, pDst, dstStep);
-                break;
-            default:
-                inv8x4_body<8>(pSrc, srcStep, pDst, dstStep);
-                break;
-        }
-        return;
-    }
-    if constexpr (W == 4 && H == 8) {
-        if (span_of<4>(nz) == 2)
+        if (span == 2)
+            inv8x8_body<2>(pSrc, srcStep, pDst, dstStep);
+        else if (span == 4)
+            inv8x8_body<4>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv8x8_body<8>(pSrc, srcStep, pDst, dstStep);
+    } else if constexpr (W == 8) {
+        if (span == 2)
+            inv8x4_body<2>(pSrc, srcStep, pDst, dstStep);
+        else if (span == 4)
+            inv8x4_body<4>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv8x4_body<8>(pSrc, srcStep, pDst, dstStep);
+    } else if constexpr (H == 8) {
+        if (span == 2)
             inv4x8_body<2>(pSrc, srcStep, pDst, dstStep);
         else
             inv4x8_body<4>(pSrc, srcStep, pDst, dstStep);
-        return;
-    }
-    switch (span_of<W>(nz)) {
-        case 2:
-            inv_body<W, H, 2>(pSrc, srcStep, pDst, dstStep);
-            break;
-        case 4:
-            inv_body<W, H, 4>(pSrc, srcStep, pDst, dstStep);
-            break;
-        default:
-            inv_body<W, H, W>(pSrc, srcStep, pDst, dstStep);
-            break;
+    } else {
+        if (span == 2)
+            inv4x4_body<2>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv4x4_body<4>(pSrc, srcStep, pDst, dstStep);
     }
 }
 
