@@ -18,12 +18,15 @@
 //   Y = (t * q + 2^14) >> 15                         q = forward_scale(W, H, k, l)
 // which brings the coefficients to the scale that the inverse expects.
 //
-// The vector kernels hold a block as eight rows of eight 16-bit lanes (4-wide
+// The forward kernels hold a block as eight rows of eight 16-bit lanes (4-wide
 // blocks use the low half, 4-high blocks the first four rows), transpose it,
 // run a pass as pmaddwd on pairs of rows into 32-bit sums, pack with
-// saturation, and transpose back for the other pass.  The inverse passes use
-// the even/odd symmetry of the basis functions to form two outputs from each
-// pair of sums, half the multiplies of the plain form.
+// saturation, and transpose back for the other pass.  The inverse kernels
+// never transpose 16-bit lanes: each row is shuffled into the 32-bit pairs
+// that pmaddwd takes, 4x4 transposes of 32-bit lanes line the pairs up across
+// rows, and the row pass leaves its packed results already in the pair layout
+// of the column pass.  They use the even/odd symmetry of the basis functions
+// to form two outputs from each pair of sums.
 #include <algorithm>
 
 #include "common/scalar.h"
@@ -120,11 +123,8 @@ constexpr Mat make_mat(int n, bool transposed) {
     return m;
 }
 constexpr Mat kFwd8 = make_mat(8, false), kFwd4 = make_mat(4, false);  // c[o][i] = T[o][i]
-constexpr Mat kInv8 = make_mat(8, true), kInv4 = make_mat(4, true);    // c[o][k] = T[k][o]
 template <int N>
 constexpr const Mat& fwd_mat() { return N == 8 ? kFwd8 : kFwd4; }
-template <int N>
-constexpr const Mat& inv_mat() { return N == 8 ? kInv8 : kInv4; }
 
 // Pair (c[o][2p], c[o][2p+1]) as the 32-bit lane pattern of pmaddwd.
 constexpr Zan32s pair_of(const Mat& m, int o, int p) {
@@ -166,58 +166,6 @@ constexpr bool symmetric(int n) {
 }
 static_assert(symmetric(8) && symmetric(4));
 
-// The inverse pass out[o] = sat16((sum_k T[k][o] in[k] + Rnd + (Extra && o >= 4))
-// >> Shift) over N outputs, split by that symmetry: with ev(o) the sum over
-// even k and od(o) over odd k, out[o] = ev + od and out[N-1-o] = ev - od.
-// Inputs from NIn on are zero and left out.
-template <int N, int NIn, int Rnd, int Shift, bool Extra>
-inline void inv_pass(const __m128i* in, __m128i* out) {
-    const Mat& M = inv_mat<N>();
-    // Pairs (k, k + 2): even pairs start at 0, 4; odd pairs at 1, 5.
-    constexpr int kPairs = N / 4;
-    __m128i elo[2], ehi[2], olo[2], ohi[2];
-    const __m128i zero = _mm_setzero_si128();
-    auto input = [&](int k) { return k < NIn ? in[k] : zero; };
-#pragma GCC unroll 2
-    for (int p = 0; p < kPairs; ++p) {
-        elo[p] = _mm_unpacklo_epi16(input(4 * p), input(4 * p + 2));
-        ehi[p] = _mm_unpackhi_epi16(input(4 * p), input(4 * p + 2));
-        olo[p] = _mm_unpacklo_epi16(input(4 * p + 1), input(4 * p + 3));
-        ohi[p] = _mm_unpackhi_epi16(input(4 * p + 1), input(4 * p + 3));
-    }
-    auto pair = [&](int o, int k) {
-        return _mm_set1_epi32(static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k])) |
-                                                  (static_cast<Zan32u>(static_cast<Zan16u>(M.c[o][k + 2])) << 16)));
-    };
-#pragma GCC unroll 4
-    for (int o = 0; o < N / 2; ++o) {
-        const __m128i r = _mm_set1_epi32(Rnd);
-        __m128i ea = r, eb = r, oa = zero, ob = zero;
-#pragma GCC unroll 2
-        for (int p = 0; p < kPairs; ++p) {
-            if (4 * p < NIn) {
-                const __m128i ce = pair(o, 4 * p);
-                ea = _mm_add_epi32(ea, _mm_madd_epi16(elo[p], ce));
-                eb = _mm_add_epi32(eb, _mm_madd_epi16(ehi[p], ce));
-            }
-            if (4 * p + 1 < NIn) {
-                const __m128i co = pair(o, 4 * p + 1);
-                oa = _mm_add_epi32(oa, _mm_madd_epi16(olo[p], co));
-                ob = _mm_add_epi32(ob, _mm_madd_epi16(ohi[p], co));
-            }
-        }
-        out[o] = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(ea, oa), Shift),
-                                 _mm_srai_epi32(_mm_add_epi32(eb, ob), Shift));
-        if (Extra) {
-            const __m128i one = _mm_set1_epi32(1);
-            ea = _mm_add_epi32(ea, one);
-            eb = _mm_add_epi32(eb, one);
-        }
-        out[N - 1 - o] = _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(ea, oa), Shift),
-                                         _mm_srai_epi32(_mm_sub_epi32(eb, ob), Shift));
-    }
-}
-
 // 8x8 transpose of 16-bit lanes.
 inline void transpose8(const __m128i* v, __m128i* t) { simd::transpose8x8_epi16(v, t); }
 
@@ -238,16 +186,255 @@ inline void store_block(Zan16s* p, Zan32s step, const __m128i* v) {
     }
 }
 
-template <int W, int H, int Span>
-inline void inv_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
-    __m128i v[8], t[8], e[8];
-    load_block<W, H>(pSrc, srcStep, v);
-    transpose8(v, t);  // t[k]: column k of the coefficients, lane i = row i
-    inv_pass<W, Span, 4, 3, false>(t, e);
-    for (int j = W; j < 8; ++j) e[j] = _mm_setzero_si128();
-    transpose8(e, t);  // t[i]: row i of E
-    inv_pass<H, H, 64, 7, H == 8>(t, v);
-    store_block<W, H>(pDst, dstStep, v);
+// The 8x8 inverse without full transposes.  Each row is shuffled to the
+// 32-bit pairs (d0,d4) (d2,d6) (d1,d3) (d5,d7), columns beyond the span
+// zeroed by the same shuffle; a 4x4 transpose of 32-bit lanes over rows
+// 0,4,2,6 and another over rows 1,3,5,7 then gives each pair across four
+// rows, ready for pmaddwd.  The even part splits once more: with
+// ee(o) = T0[o] x0 + T4[o] x4 and eo(o) = T2[o] x2 + T6[o] x6,
+// ev(0), ev(3) = ee(0) +- eo(0) and ev(1), ev(2) = ee(1) +- eo(1).  The row
+// pass leaves column j of E with its rows in the lane order 0 4 2 6 1 3 5 7,
+// which is again the pair layout: two more 4x4 transposes of 32-bit lanes
+// feed the column pass, whose results are whole output rows.
+constexpr bool even_split_holds() {
+    for (int o = 0; o < 2; ++o) {
+        const int m = 3 - o;
+        if (basis(8, 0, m) != basis(8, 0, o) || basis(8, 4, m) != basis(8, 4, o)) return false;
+        if (basis(8, 2, m) != -basis(8, 2, o) || basis(8, 6, m) != -basis(8, 6, o)) return false;
+    }
+    return true;
+}
+static_assert(even_split_holds());
+
+constexpr Zan32s pair8(int ka, int kb, int o) {
+    return static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(basis(8, ka, o))) |
+                               (static_cast<Zan32u>(static_cast<Zan16u>(basis(8, kb, o))) << 16));
+}
+
+// 4x4 transpose of 32-bit lanes: out[m] holds lane m of a, b, c, d.
+inline void transpose4x4_epi32(__m128i a, __m128i b, __m128i c, __m128i d, __m128i* out) {
+    const __m128i t0 = _mm_unpacklo_epi32(a, b), t1 = _mm_unpackhi_epi32(a, b);
+    const __m128i t2 = _mm_unpacklo_epi32(c, d), t3 = _mm_unpackhi_epi32(c, d);
+    out[0] = _mm_unpacklo_epi64(t0, t2);
+    out[1] = _mm_unpackhi_epi64(t0, t2);
+    out[2] = _mm_unpacklo_epi64(t1, t3);
+    out[3] = _mm_unpackhi_epi64(t1, t3);
+}
+
+// The even part of one 8-point pass over four lanes of 32-bit pairs
+// v[0] = (x0,x4), v[1] = (x2,x6), v[2] = (x1,x3), v[3] = (x5,x7), the
+// rounding included: ev[o] for outputs o and 7 - o.  Span 2 skips the pair
+// (x2,x6), which is zero.
+template <int Span, int Rnd>
+inline void even8(const __m128i* v, __m128i* ev) {
+    const __m128i rnd = _mm_set1_epi32(Rnd);
+    const __m128i ee0 = _mm_add_epi32(_mm_madd_epi16(v[0], _mm_set1_epi32(pair8(0, 4, 0))), rnd);
+    const __m128i ee1 = _mm_add_epi32(_mm_madd_epi16(v[0], _mm_set1_epi32(pair8(0, 4, 1))), rnd);
+    if (Span > 2) {
+        const __m128i eo0 = _mm_madd_epi16(v[1], _mm_set1_epi32(pair8(2, 6, 0)));
+        const __m128i eo1 = _mm_madd_epi16(v[1], _mm_set1_epi32(pair8(2, 6, 1)));
+        ev[0] = _mm_add_epi32(ee0, eo0);
+        ev[3] = _mm_sub_epi32(ee0, eo0);
+        ev[1] = _mm_add_epi32(ee1, eo1);
+        ev[2] = _mm_sub_epi32(ee1, eo1);
+    } else {
+        ev[0] = ev[3] = ee0;
+        ev[1] = ev[2] = ee1;
+    }
+}
+
+// The odd part for output o; Span 4 or less skips the pair (x5,x7).
+template <int Span>
+inline __m128i odd8(const __m128i* v, int o) {
+    __m128i od = _mm_madd_epi16(v[2], _mm_set1_epi32(pair8(1, 3, o)));
+    if (Span > 4) od = _mm_add_epi32(od, _mm_madd_epi16(v[3], _mm_set1_epi32(pair8(5, 7, o))));
+    return od;
+}
+
+// One 8-point pass over one group of four lanes, the 32-bit sums shifted:
+// top[o] = (sum + Rnd) >> Shift for output o, bot[o] the same for output
+// 7 - o with 1 more added when Extra.
+template <int Span, int Rnd, int Shift, bool Extra>
+inline void pass8_pairs(const __m128i* v, __m128i* top, __m128i* bot) {
+    __m128i ev[4];
+    even8<Span, Rnd>(v, ev);
+#pragma GCC unroll 4
+    for (int o = 0; o < 4; ++o) {
+        __m128i od = odd8<Span>(v, o);
+        top[o] = _mm_srai_epi32(_mm_add_epi32(ev[o], od), Shift);
+        if (Extra) od = _mm_sub_epi32(od, _mm_set1_epi32(1));
+        bot[o] = _mm_srai_epi32(_mm_sub_epi32(ev[o], od), Shift);
+    }
+}
+
+// Byte shuffle of a row to (d0,d4) (d2,d6) (d1,d3) (d5,d7); columns from
+// Span on become zero.
+struct RowShuffle {
+    Zan8s b[16];
+};
+template <int Span>
+constexpr RowShuffle row_pairs() {
+    constexpr int order[8] = {0, 4, 2, 6, 1, 3, 5, 7};
+    RowShuffle m{};
+    for (int i = 0; i < 8; ++i) {
+        const int j = order[i];
+        m.b[2 * i] = static_cast<Zan8s>(j < Span ? 2 * j : -1);
+        m.b[2 * i + 1] = static_cast<Zan8s>(j < Span ? 2 * j + 1 : -1);
+    }
+    return m;
+}
+template <int Span>
+alignas(16) constexpr RowShuffle kRowPairs = row_pairs<Span>();
+
+template <int Span>
+inline void inv8x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs<Span>.b);
+    __m128i r[8];
+    for (int i = 0; i < 8; ++i) r[i] = _mm_shuffle_epi8(simd::load16(simd::row(pSrc, srcStep, i)), shuf);
+    // Row pass: lanes of group a hold rows 0,4,2,6, of group b rows 1,3,5,7.
+    __m128i va[4], vb[4];
+    transpose4x4_epi32(r[0], r[4], r[2], r[6], va);
+    transpose4x4_epi32(r[1], r[3], r[5], r[7], vb);
+    __m128i ta[4], ba[4], tb[4], bb[4];
+    pass8_pairs<Span, 4, 3, false>(va, ta, ba);
+    pass8_pairs<Span, 4, 3, false>(vb, tb, bb);
+    __m128i e[8];  // e[j]: column j of E, rows in lane order 0 4 2 6 1 3 5 7
+    for (int o = 0; o < 4; ++o) {
+        e[o] = _mm_packs_epi32(ta[o], tb[o]);
+        e[7 - o] = _mm_packs_epi32(ba[o], bb[o]);
+    }
+    // Column pass: lanes of group a hold columns 0..3, of group b 4..7.
+    transpose4x4_epi32(e[0], e[1], e[2], e[3], va);
+    transpose4x4_epi32(e[4], e[5], e[6], e[7], vb);
+    pass8_pairs<8, 64, 7, true>(va, ta, ba);
+    pass8_pairs<8, 64, 7, true>(vb, tb, bb);
+    for (int o = 0; o < 4; ++o) {
+        simd::store16(simd::row(pDst, dstStep, o), _mm_packs_epi32(ta[o], tb[o]));
+        simd::store16(simd::row(pDst, dstStep, 7 - o), _mm_packs_epi32(ba[o], bb[o]));
+    }
+}
+
+// The 8x4 inverse the same way.  Rows 0,2,1,3 in the lanes give the row
+// pass; each packed pair of its results holds column o in the low half and
+// column 7 - o in the high half, in the pairs (E0,E2) (E1,E3) that the
+// 4-point column pass takes, so 32-bit and 64-bit unpacks gather them for
+// columns 0..3 and 4..7.
+constexpr Zan32s pair4(int ka, int kb, int o) {
+    return static_cast<Zan32s>(static_cast<Zan32u>(static_cast<Zan16u>(basis(4, ka, o))) |
+                               (static_cast<Zan32u>(static_cast<Zan16u>(basis(4, kb, o))) << 16));
+}
+
+// A 4-point pass over the pairs a = (x0,x2) and b = (x1,x3) of four lanes:
+// out[o] = (sum + Rnd) >> Shift, 32-bit.
+template <int Rnd, int Shift>
+inline void pass4_pairs(__m128i a, __m128i b, __m128i* out) {
+    const __m128i rnd = _mm_set1_epi32(Rnd);
+#pragma GCC unroll 2
+    for (int o = 0; o < 2; ++o) {
+        const __m128i ev = _mm_add_epi32(_mm_madd_epi16(a, _mm_set1_epi32(pair4(0, 2, o))), rnd);
+        const __m128i od = _mm_madd_epi16(b, _mm_set1_epi32(pair4(1, 3, o)));
+        out[o] = _mm_srai_epi32(_mm_add_epi32(ev, od), Shift);
+        out[3 - o] = _mm_srai_epi32(_mm_sub_epi32(ev, od), Shift);
+    }
+}
+
+template <int Span>
+inline void inv8x4_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs<Span>.b);
+    __m128i r[4];
+    for (int i = 0; i < 4; ++i) r[i] = _mm_shuffle_epi8(simd::load16(simd::row(pSrc, srcStep, i)), shuf);
+    __m128i v[4], top[4], bot[4], p[4];
+    transpose4x4_epi32(r[0], r[2], r[1], r[3], v);
+    pass8_pairs<Span, 4, 3, false>(v, top, bot);
+    for (int o = 0; o < 4; ++o) p[o] = _mm_packs_epi32(top[o], bot[o]);
+    const __m128i l01 = _mm_unpacklo_epi32(p[0], p[1]), l23 = _mm_unpacklo_epi32(p[2], p[3]);
+    const __m128i h32 = _mm_unpackhi_epi32(p[3], p[2]), h10 = _mm_unpackhi_epi32(p[1], p[0]);
+    __m128i oa[4], ob[4];
+    pass4_pairs<64, 7>(_mm_unpacklo_epi64(l01, l23), _mm_unpackhi_epi64(l01, l23), oa);  // columns 0..3
+    pass4_pairs<64, 7>(_mm_unpacklo_epi64(h32, h10), _mm_unpackhi_epi64(h32, h10), ob);  // columns 4..7
+    for (int i = 0; i < 4; ++i) simd::store16(simd::row(pDst, dstStep, i), _mm_packs_epi32(oa[i], ob[i]));
+}
+
+// The 4x8 inverse: two rows to a register (0 with 2, 4 with 6, 1 with 5,
+// 3 with 7), each row shuffled to (d0,d2) (d1,d3), then 32-bit and 64-bit
+// unpacks give the row pass its pairs over rows 0,4,2,6 and 1,3,5,7.  Its
+// packed results are the columns of E with rows in the lane order
+// 0 4 2 6 1 3 5 7, which one 4x4 transpose of 32-bit lanes turns into the
+// pairs of the 8-point column pass; each packed pair of that pass holds
+// row o in its low half and row 7 - o in its high half.
+struct RowShuffle4 {
+    Zan8s b[16];
+};
+template <int Span>
+constexpr RowShuffle4 row_pairs4() {
+    constexpr int order[4] = {0, 2, 1, 3};
+    RowShuffle4 m{};
+    for (int h = 0; h < 2; ++h)
+        for (int i = 0; i < 4; ++i) {
+            const int j = order[i];
+            m.b[8 * h + 2 * i] = static_cast<Zan8s>(j < Span ? 8 * h + 2 * j : -1);
+            m.b[8 * h + 2 * i + 1] = static_cast<Zan8s>(j < Span ? 8 * h + 2 * j + 1 : -1);
+        }
+    return m;
+}
+template <int Span>
+alignas(16) constexpr RowShuffle4 kRowPairs4 = row_pairs4<Span>();
+
+// Rows i and k of a 4-wide block in one register, shuffled to pairs.
+inline __m128i rows4_pairs(const Zan16s* p, Zan32s step, int i, int k, __m128i shuf) {
+    const __m128i lo = simd::load8(simd::row(p, step, i)), hi = simd::load8(simd::row(p, step, k));
+    return _mm_shuffle_epi8(_mm_unpacklo_epi64(lo, hi), shuf);
+}
+
+template <int Span>
+inline void inv4x8_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs4<Span>.b);
+    const auto two_rows = [&](int i, int k) { return rows4_pairs(pSrc, srcStep, i, k, shuf); };
+    // Row pass over rows 0,4,2,6 (a) and 1,3,5,7 (b).
+    __m128i ta[4], tb[4];
+    {
+        const __m128i q0 = two_rows(0, 2), q1 = two_rows(4, 6);
+        const __m128i lo = _mm_unpacklo_epi32(q0, q1), hi = _mm_unpackhi_epi32(q0, q1);
+        pass4_pairs<4, 3>(_mm_unpacklo_epi64(lo, hi), _mm_unpackhi_epi64(lo, hi), ta);
+    }
+    {
+        const __m128i q0 = two_rows(1, 5), q1 = two_rows(3, 7);
+        const __m128i lo = _mm_unpacklo_epi32(q0, q1), hi = _mm_unpackhi_epi32(q0, q1);
+        pass4_pairs<4, 3>(_mm_unpacklo_epi64(lo, hi), _mm_unpackhi_epi64(lo, hi), tb);
+    }
+    __m128i e[4], v[4], top[4], bot[4];
+    for (int j = 0; j < 4; ++j) e[j] = _mm_packs_epi32(ta[j], tb[j]);
+    transpose4x4_epi32(e[0], e[1], e[2], e[3], v);
+    pass8_pairs<8, 64, 7, true>(v, top, bot);
+    for (int o = 0; o < 4; ++o) {
+        const __m128i p = _mm_packs_epi32(top[o], bot[o]);
+        simd::store8(simd::row(pDst, dstStep, o), p);
+        simd::store8(simd::row(pDst, dstStep, 7 - o), _mm_unpackhi_epi64(p, p));
+    }
+}
+
+// The 4x4 inverse: rows 0 with 1 and 2 with 3 in a register, unpacked to
+// the pairs of the row pass over rows 0,2,1,3; its packed results hold the
+// pairs (E0,E2) (E1,E3) of two columns, which a 32-bit shuffle gathers for
+// the column pass.  Each packed pair of that pass holds two output rows.
+template <int Span>
+inline void inv4x4_body(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep) {
+    const __m128i shuf = simd::load16a(kRowPairs4<Span>.b);
+    const __m128i q0 = rows4_pairs(pSrc, srcStep, 0, 1, shuf), q1 = rows4_pairs(pSrc, srcStep, 2, 3, shuf);
+    const __m128i lo = _mm_unpacklo_epi32(q0, q1), hi = _mm_unpackhi_epi32(q0, q1);
+    __m128i t[4];
+    pass4_pairs<4, 3>(_mm_unpacklo_epi64(lo, hi), _mm_unpackhi_epi64(lo, hi), t);
+    const __m128 p01 = _mm_castsi128_ps(_mm_packs_epi32(t[0], t[1]));
+    const __m128 p23 = _mm_castsi128_ps(_mm_packs_epi32(t[2], t[3]));
+    const __m128i a = _mm_castps_si128(_mm_shuffle_ps(p01, p23, _MM_SHUFFLE(2, 0, 2, 0)));
+    const __m128i b = _mm_castps_si128(_mm_shuffle_ps(p01, p23, _MM_SHUFFLE(3, 1, 3, 1)));
+    __m128i o[4];
+    pass4_pairs<64, 7>(a, b, o);
+    for (int i = 0; i < 4; i += 2) {
+        const __m128i p = _mm_packs_epi32(o[i], o[i + 1]);
+        simd::store8(simd::row(pDst, dstStep, i), p);
+        simd::store8(simd::row(pDst, dstStep, i + 1), _mm_unpackhi_epi64(p, p));
+    }
 }
 
 template <int W, int H>
@@ -262,16 +449,32 @@ void inv_simd(const Zan16s* pSrc, Zan32s srcStep, Zan16s* pDst, Zan32s dstStep, 
         }
         return;
     }
-    switch (span_of<W>(nz)) {
-        case 2:
-            inv_body<W, H, 2>(pSrc, srcStep, pDst, dstStep);
-            break;
-        case 4:
-            inv_body<W, H, 4>(pSrc, srcStep, pDst, dstStep);
-            break;
-        default:
-            inv_body<W, H, W>(pSrc, srcStep, pDst, dstStep);
-            break;
+    // Each shape's body, for the span of columns that enter the row pass.
+    const int span = span_of<W>(nz);
+    if constexpr (W == 8 && H == 8) {
+        if (span == 2)
+            inv8x8_body<2>(pSrc, srcStep, pDst, dstStep);
+        else if (span == 4)
+            inv8x8_body<4>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv8x8_body<8>(pSrc, srcStep, pDst, dstStep);
+    } else if constexpr (W == 8) {
+        if (span == 2)
+            inv8x4_body<2>(pSrc, srcStep, pDst, dstStep);
+        else if (span == 4)
+            inv8x4_body<4>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv8x4_body<8>(pSrc, srcStep, pDst, dstStep);
+    } else if constexpr (H == 8) {
+        if (span == 2)
+            inv4x8_body<2>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv4x8_body<4>(pSrc, srcStep, pDst, dstStep);
+    } else {
+        if (span == 2)
+            inv4x4_body<2>(pSrc, srcStep, pDst, dstStep);
+        else
+            inv4x4_body<4>(pSrc, srcStep, pDst, dstStep);
     }
 }
 
