@@ -249,9 +249,14 @@ __attribute__((always_inline)) inline void aan_pass1(const Zan16s* src, __m128i 
 // needs no correction, and the corrections for constants above 32767 are
 // added to m, n and each odd sum rather than to every output.  N inputs
 // (4 or 8; the rest zero).  Each output row goes to sink(y, row) as soon as
-// it is made.
-template <int N, class Sink>
+// it is made: row y, then row 7 - y, for y = 0..3.  The row keeps Pre more
+// fraction bits: it is sat16(sum >> (20 - Pre)), so that a later >> Pre
+// gives the value saturated to -2^(15-Pre) .. 2^(15-Pre) - 1 in one
+// instruction (floor shifts compose, and int16 saturation at the finer
+// scale lands exactly on those bounds).
+template <int N, int Pre, class Sink>
 __attribute__((always_inline)) inline void aan_pass2(const __m128i* t, Sink&& sink) {
+    constexpr int kShift = kAanShift - Pre;
     const __m128i z = _mm_setzero_si128(), r = _mm_set1_epi32(kAanRound);
     constexpr Zan32s g2 = kCosQ16[2], g6 = kCosQ16[6], c4 = kCosQ16[4] / 2;
     static_assert(kCosQ16[4] % 2 == 0 && g6 < 32768 && hi16(g2) == 1 && hi16(-g2) == -1);
@@ -290,22 +295,22 @@ __attribute__((always_inline)) inline void aan_pass2(const __m128i* t, Sink&& si
                 o[hh] = _mm_add_epi32(o[hh], _mm_madd_epi16(p57[hh], pair_const(kAanPass2.m[y][5], kAanPass2.m[y][7])));
         }
         if (any) add_high(o[0], o[1], c);
-        sink(y, _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(e[y][0], o[0]), kAanShift),
-                                _mm_srai_epi32(_mm_add_epi32(e[y][1], o[1]), kAanShift)));
-        sink(7 - y, _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(e[y][0], o[0]), kAanShift),
-                                    _mm_srai_epi32(_mm_sub_epi32(e[y][1], o[1]), kAanShift)));
+        sink(y, _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(e[y][0], o[0]), kShift),
+                                _mm_srai_epi32(_mm_add_epi32(e[y][1], o[1]), kShift)));
+        sink(7 - y, _mm_packs_epi32(_mm_srai_epi32(_mm_sub_epi32(e[y][0], o[0]), kShift),
+                                    _mm_srai_epi32(_mm_sub_epi32(e[y][1], o[1]), kShift)));
     }
 }
 
-// One block's rows as 16-bit values (unsaturated beyond int16), by class,
-// each handed to sink(y, row).
-template <int C, class Sink>
+// One block's rows as 16-bit values (saturated to int16 at Pre extra
+// fraction bits, see aan_pass2), by class, each handed to sink(y, row).
+template <int C, int Pre, class Sink>
 __attribute__((always_inline)) inline void aan_block(const Zan16s* src, Sink&& sink) {
     if constexpr (C == kZero) {
 #pragma GCC unroll 8
         for (int y = 0; y < 8; ++y) sink(y, _mm_setzero_si128());
     } else if constexpr (C == kDc) {
-        __m128i v = _mm_set1_epi16(static_cast<short>(src[0] / 8));
+        __m128i v = _mm_set1_epi16(static_cast<short>(sat16((src[0] / 8) * (1 << Pre))));
 #pragma GCC unroll 8
         for (int y = 0; y < 8; ++y) sink(y, v);
     } else {
@@ -313,38 +318,39 @@ __attribute__((always_inline)) inline void aan_block(const Zan16s* src, Sink&& s
         if constexpr (C == k4x4) {
             aan_pass1<4>(src, t);
             transpose8x4(t);
-            aan_pass2<4>(t, sink);
+            aan_pass2<4, Pre>(t, sink);
         } else {
             aan_pass1<8>(src, t);
             transpose8x8(t);
-            aan_pass2<8>(t, sink);
+            aan_pass2<8, Pre>(t, sink);
         }
     }
 }
-template <int C>
+template <int C, int Pre>
 __attribute__((always_inline)) inline void aan_block(const Zan16s* src, __m128i (&o)[8]) {
-    aan_block<C>(src, [&](int y, __m128i r) { o[y] = r; });
+    aan_block<C, Pre>(src, [&](int y, __m128i r) { o[y] = r; });
 }
 
-inline __m128i clamp16(__m128i v) {
-    return _mm_min_epi16(_mm_max_epi16(v, _mm_set1_epi16(-256)), _mm_set1_epi16(255));
-}
+// The 16-bit outputs: rows made with 7 extra fraction bits (saturated to
+// int16 there), then >> 7, which saturates the value to -256..255.
+constexpr int kPre16 = 7;
+inline __m128i clamp16(__m128i v) { return _mm_srai_epi16(v, kPre16); }
 
 template <int C>
 void inv16_block(const Zan16s* src, Zan16s* dst, Zan32s step) {
-    aan_block<C>(src, [&](int y, __m128i r) { simd::store16(row(dst, step, y), clamp16(r)); });
+    aan_block<C, kPre16>(src, [&](int y, __m128i r) { simd::store16(row(dst, step, y), clamp16(r)); });
 }
 
 template <int C>
 void inv8_block(const Zan16s* src, Zan8u* dst, Zan32s step) {
-    aan_block<C>(src, [&](int y, __m128i r) { simd::store8(row(dst, step, y), _mm_packus_epi16(r, r)); });
+    aan_block<C, 0>(src, [&](int y, __m128i r) { simd::store8(row(dst, step, y), _mm_packus_epi16(r, r)); });
 }
 
 template <int CU, int CV>
 void pair16_block(const Zan16s* srcU, const Zan16s* srcV, Zan16s* dst, Zan32s step) {
     __m128i u[8];
-    aan_block<CU>(srcU, u);
-    aan_block<CV>(srcV, [&](int y, __m128i r) {
+    aan_block<CU, kPre16>(srcU, u);
+    aan_block<CV, kPre16>(srcV, [&](int y, __m128i r) {
         __m128i a = clamp16(u[y]), b = clamp16(r);
         simd::store16(row(dst, step, y), _mm_unpacklo_epi16(a, b));
         simd::store16(row(dst, step, y) + 16, _mm_unpackhi_epi16(a, b));
@@ -354,8 +360,8 @@ void pair16_block(const Zan16s* srcU, const Zan16s* srcV, Zan16s* dst, Zan32s st
 template <int CU, int CV>
 void pair8_block(const Zan16s* srcU, const Zan16s* srcV, Zan8u* dst, Zan32s step) {
     __m128i u[8];
-    aan_block<CU>(srcU, u);
-    aan_block<CV>(srcV, [&](int y, __m128i r) {
+    aan_block<CU, 0>(srcU, u);
+    aan_block<CV, 0>(srcV, [&](int y, __m128i r) {
         simd::store16(row(dst, step, y), _mm_unpacklo_epi8(_mm_packus_epi16(u[y], u[y]), _mm_packus_epi16(r, r)));
     });
 }
