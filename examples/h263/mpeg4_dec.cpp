@@ -206,6 +206,17 @@ struct Picture {
         cb.extend();
         cr.extend();
     }
+    // Where block k (0..3 luma in raster order, 4 Cb, 5 Cr) of macroblock
+    // (mbx, mby) starts, and the row step of its plane.
+    uint8_t* block(int mbx, int mby, int k, int& step) {
+        if (k < 4) {
+            step = y.stride;
+            return y.at(16 * mbx + 8 * (k & 1), 16 * mby + 8 * (k >> 1));
+        }
+        Plane& pl = k == 4 ? cb : cr;
+        step = pl.stride;
+        return pl.at(8 * mbx, 8 * mby);
+    }
     bool write(std::FILE* f) {
         for (Plane* p : {&y, &cb, &cr})
             for (int r = 0; r < p->height; ++r)
@@ -873,16 +884,8 @@ bool Decoder::intra_block(Bits& b, int mbx, int mby, int k, const MbHdr& h, std:
     alignas(16) Zan16s t[64];
     Zan32s count = transpose_for_idct(coef, t);
     Picture& cur = pics_[future_];
-    uint8_t* dst;
     int step;
-    if (k < 4) {
-        step = cur.y.stride;
-        dst = cur.y.at(16 * mbx + 8 * (k & 1), 16 * mby + 8 * (k >> 1));
-    } else {
-        Plane& pl = k == 4 ? cur.cb : cur.cr;
-        step = pl.stride;
-        dst = pl.at(8 * mbx, 8 * mby);
-    }
+    uint8_t* dst = cur.block(mbx, mby, k, step);
     zaniDCT8x8Inv_AANTransposed_16s8u_C1R(t, dst, step, count);
     return true;
 }
@@ -1116,16 +1119,8 @@ bool Decoder::mb_texture_ip(Bits& b, int mbx, int mby, const MbHdr& h, std::stri
     if (h.type == kSkip) return true;
     for (int k = 0; k < 6; ++k) {
         if (!((h.cbp >> (5 - k)) & 1)) continue;
-        uint8_t* dst;
         int step;
-        if (k < 4) {
-            dst = cur.y.at(16 * mbx + 8 * (k & 1), 16 * mby + 8 * (k >> 1));
-            step = cur.y.stride;
-        } else {
-            Plane& pl = k == 4 ? cur.cb : cur.cr;
-            dst = pl.at(8 * mbx, 8 * mby);
-            step = pl.stride;
-        }
+        uint8_t* dst = cur.block(mbx, mby, k, step);
         if (!inter_block(b, dst, step, h.qp, err)) return false;
     }
     return true;
@@ -1197,16 +1192,8 @@ bool Decoder::decode_mb_b(Bits& b, int mbx, int mby, Mv (&pred)[2], std::string&
     if (mbtype == 0 || mbtype == 1 || mbtype == 2) predict(futp, cur, mbx, mby, bk, four, 0, mbtype != 2);
     for (int k = 0; k < 6; ++k) {
         if (!((cbp >> (5 - k)) & 1)) continue;
-        uint8_t* dst;
         int step;
-        if (k < 4) {
-            dst = cur.y.at(16 * mbx + 8 * (k & 1), 16 * mby + 8 * (k >> 1));
-            step = cur.y.stride;
-        } else {
-            Plane& pl = k == 4 ? cur.cb : cur.cr;
-            dst = pl.at(8 * mbx, 8 * mby);
-            step = pl.stride;
-        }
+        uint8_t* dst = cur.block(mbx, mby, k, step);
         if (!inter_block(b, dst, step, quant_, err)) return false;
     }
     return true;
